@@ -1,0 +1,115 @@
+// The window and its OpenGL context.
+#include "support/gl/window.h"
+
+#include <GL/gl.h>
+
+#include "support/gl/input_state.h"
+#include "support/gl/screen.h"
+#include "support/report/report.h"
+
+#ifndef GL_TEXTURE_CUBE_MAP_SEAMLESS
+#define GL_TEXTURE_CUBE_MAP_SEAMLESS 0x884F
+#endif
+
+SDL_Window *sdl_window;
+SDL_GLContext gl_context;
+uint8_t ortho_projection = 1;
+
+struct WindowRect {
+    int32_t x, y, w, h;
+};
+
+// A display's bounds; the program's window is then 4:3 at six tenths of its height.
+static WindowRect window_rect_of_display(int32_t display)
+{
+    SDL_Rect bounds = {};
+    SDL_GetDisplayBounds(display, &bounds);
+    WindowRect r = {bounds.x, bounds.y, bounds.w, bounds.h};
+    if (windowed == 1) {
+        r.h = (int32_t)(bounds.h * 0.6);
+        r.w = r.h * 4 / 3;
+    }
+    return r;
+}
+
+// The union of the displays whose bit is set in mask (all of them for mask <= 0).
+static WindowRect window_rect_of_union(int32_t mask)
+{
+    int32_t left = 999999999, top = 999999999;
+    int32_t right = -999999999, bottom = -999999999;
+    int32_t count = SDL_GetNumVideoDisplays();
+    int32_t last = count - 1 < 30 ? count - 1 : 30;
+    for (int32_t i = 0; i <= last; i++) {
+        if (mask > 0 && !(mask & (1 << i)))
+            continue;
+        SDL_Rect b = {};
+        SDL_GetDisplayBounds(i, &b);
+        if (b.x < left) left = b.x;
+        if (b.y < top) top = b.y;
+        if (b.x + b.w > right) right = b.x + b.w;
+        if (b.y + b.h > bottom) bottom = b.y + b.h;
+    }
+    return WindowRect{0, top, right - left, bottom - top};
+}
+
+static WindowRect window_rect(int32_t width, int32_t height)
+{
+    if (width == 0) {
+        int32_t display = 0;
+        if (height >= 1 && height <= SDL_GetNumVideoDisplays())
+            display = height - 1;
+        return window_rect_of_display(display);
+    }
+    if (width == -1)
+        return window_rect_of_union(height);
+    return WindowRect{0, 0, width, height};
+}
+
+int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
+{
+    if (SDL_Init(SDL_INIT_EVERYTHING) < 0)
+        return 0;
+    // a fatal report closes the window before the process ends
+    report_shutdown = SDL_Quit;
+
+    WindowRect r = window_rect(width, height);
+    SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
+    SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
+    SDL_GL_SetAttribute(SDL_GL_BLUE_SIZE, 8);
+    SDL_GL_SetAttribute(SDL_GL_ALPHA_SIZE, 8);
+    uint32_t flags = windowed ? SDL_WINDOW_OPENGL | SDL_WINDOW_SHOWN | SDL_WINDOW_RESIZABLE
+                              : SDL_WINDOW_FULLSCREEN | SDL_WINDOW_OPENGL | SDL_WINDOW_SHOWN;
+    sdl_window = SDL_CreateWindow(caption, r.x, r.y, r.w, r.h, flags);
+    gl_context = SDL_GL_CreateContext(sdl_window);
+
+    glClearColor(0, 0, 0, 0);
+    glClearDepth(1.0);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glDepthFunc(GL_LEQUAL);
+    glEnable(GL_DEPTH_TEST);
+    glShadeModel(GL_SMOOTH);
+    glEnable(GL_COLOR_MATERIAL);
+    glEnable(GL_TEXTURE_CUBE_MAP_SEAMLESS);
+
+    resize_viewport(r.w, r.h);
+    glLoadIdentity();
+    input_reset_keys();
+    if (windowed == 0)
+        SDL_ShowCursor(0);
+    return 1;
+}
+
+void resize_viewport(int32_t w, int32_t h)
+{
+    screen_w = w;
+    screen_h = h > 0 ? h : 1;
+    glViewport(0, 0, screen_w, screen_h);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    if (ortho_projection) {
+        // pixels from the top left, y down; z from -d to d stays in the depth range
+        int32_t d = screen_h / 2;
+        glOrtho(0, screen_w, screen_h, 0, d, -d);
+    }
+    glMatrixMode(GL_MODELVIEW);
+}
