@@ -19,11 +19,13 @@ static void draw_centre_marker()
 {
     GLboolean lighting = glIsEnabled(GL_LIGHTING);
     glDisable(GL_LIGHTING);
-    int32_t x = screen_w / 2;
+    // through the pixel centres of the integer half, so that every rasterizer
+    // lights that one column rather than picking a side of its left edge
+    double x = screen_w / 2 + 0.5;
     glColor3ub(0, 0, 128);
     glBegin(GL_LINES);
-    glVertex2i(x, 0);
-    glVertex2i(x, screen_h);
+    glVertex2d(x, 0);
+    glVertex2d(x, screen_h);
     glEnd();
     if (lighting)
         glEnable(GL_LIGHTING);

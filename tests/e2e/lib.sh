@@ -1,0 +1,135 @@
+# Shared helpers of the end-to-end tests: start ordline in a real window, drive
+# it with xdotool as a person would, read pixels from screenshots.
+#
+# Environment: DISPLAY (the tests skip with 77 without one), ORDLINE (the
+# binary), XCLOSE (sends a window-manager close request), E2E_OUT (where
+# screenshots are kept for a person to look at).
+set -u
+
+E2E_NAME=$(basename "${0%.sh}")
+E2E_OUT=${E2E_OUT:-/tmp/ordline-e2e}
+mkdir -p "$E2E_OUT"
+E2E_FAILS=0
+APP_PID=""
+WID=""
+
+if [ -z "${DISPLAY:-}" ]; then
+    echo "SKIP: no display"
+    exit 77
+fi
+
+# Each test runs the program in its own working directory, where its logs land.
+E2E_DIR=$(mktemp -d /tmp/ordline-e2e-run-XXXXXX)
+cd "$E2E_DIR" || exit 1
+
+e2e_cleanup() {
+    if [ -n "$APP_PID" ] && kill -0 "$APP_PID" 2>/dev/null; then
+        kill "$APP_PID" 2>/dev/null
+        wait "$APP_PID" 2>/dev/null
+    fi
+    rm -rf "$E2E_DIR"
+}
+trap e2e_cleanup EXIT
+
+fail() {
+    echo "FAIL: $*"
+    E2E_FAILS=$((E2E_FAILS + 1))
+}
+
+check() {  # check "description" test-args...
+    local what=$1
+    shift
+    if "$@"; then echo "ok: $what"; else fail "$what"; fi
+}
+
+# The end of a test script: its status for CTest.
+e2e_finish() {
+    if [ "$E2E_FAILS" -ne 0 ]; then
+        echo "$E2E_NAME: $E2E_FAILS check(s) failed"
+        exit 1
+    fi
+    echo "$E2E_NAME: all checks passed"
+    exit 0
+}
+
+# Starts ordline and waits for its window; sets APP_PID and WID.
+app_start() {
+    "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
+    APP_PID=$!
+    local i
+    for i in $(seq 1 100); do
+        WID=$(xdotool search --pid "$APP_PID" --name "Ordinal numbers" 2>/dev/null | head -n 1)
+        if [ -n "$WID" ]; then
+            # let the first frames reach the screen
+            sleep 0.7
+            return 0
+        fi
+        if ! kill -0 "$APP_PID" 2>/dev/null; then
+            echo "ordline exited before its window appeared:"
+            cat "$E2E_DIR/stdout.txt"
+            return 1
+        fi
+        sleep 0.1
+    done
+    echo "no ordline window after 10 seconds"
+    return 1
+}
+
+# Gives the window the keyboard focus (there is no window manager).
+app_focus() {
+    xdotool windowfocus --sync "$WID" 2>/dev/null || xdotool windowfocus "$WID"
+}
+
+# Sends one key press and release to the window.
+app_key() {
+    app_focus
+    xdotool key --clearmodifiers "$1"
+}
+
+# Waits up to $1 seconds for the program to end. Sets EXIT_RESULT to
+# "STATUS SECONDS", or to "running" if it did not end in time. (Not to be run
+# in a subshell: only this shell can wait for the program.)
+app_wait_exit() {
+    local limit=$1 start now status
+    start=$(date +%s.%N)
+    while kill -0 "$APP_PID" 2>/dev/null; do
+        now=$(date +%s.%N)
+        if awk -v a="$start" -v b="$now" -v l="$limit" 'BEGIN { exit !(b - a > l) }'; then
+            EXIT_RESULT="running"
+            return
+        fi
+        sleep 0.05
+    done
+    wait "$APP_PID"
+    status=$?
+    now=$(date +%s.%N)
+    APP_PID=""
+    EXIT_RESULT="$status $(awk -v a="$start" -v b="$now" 'BEGIN { printf "%.2f", b - a }')"
+}
+
+# Screenshot of the whole screen to $E2E_OUT/NAME.png; prints the path.
+shot() {
+    local file="$E2E_OUT/$E2E_NAME-$1.png"
+    import -window root "$file"
+    echo "$file"
+}
+
+# The colour of one pixel as "r,g,b".
+pixel() {  # pixel FILE X Y
+    convert "$1" -crop "1x1+$2+$3" -depth 8 txt:- |
+        sed -n '2s/^[^(]*(\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1,\2,\3/p'
+}
+
+# The colours of a rectangle and their pixel counts, "count r,g,b" a line,
+# most frequent first.
+colours() {  # colours FILE W H X Y
+    convert "$1" -crop "$2x$3+$4+$5" -depth 8 -format %c histogram:info:- |
+        sed -n 's/^ *\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2,\3,\4/p' |
+        sort -rn
+}
+
+# The window's geometry as "x y w h".
+window_geometry() {
+    xdotool getwindowgeometry --shell "$WID" |
+        awk -F= '/^X=/{x=$2} /^Y=/{y=$2} /^WIDTH=/{w=$2} /^HEIGHT=/{h=$2} END {print x, y, w, h}'
+}

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# A resize moves the marker to the new centre column and keeps it full height.
+. "$(dirname "$0")/lib.sh"
+
+app_start || exit 1
+xdotool windowsize --sync "$WID" 1000 700 2>/dev/null || xdotool windowsize "$WID" 1000 700
+sleep 0.7
+geometry=$(window_geometry)
+check "window is now 1000x700, got $geometry" [ "$geometry" = "0 0 1000 700" ]
+img=$(shot resized)
+marker=$(colours "$img" 1 700 500 0)
+check "column 500 is (0,0,128) from top to bottom, got: $marker" [ "$marker" = "700 0,0,128" ]
+old=$(colours "$img" 1 700 432 0)
+check "the old centre column 432 is black, got: $old" [ "$old" = "700 0,0,0" ]
+
+xdotool windowsize --sync "$WID" 601 400 2>/dev/null || xdotool windowsize "$WID" 601 400
+sleep 0.7
+img=$(shot odd-width)
+marker=$(colours "$img" 1 400 300 0)
+check "odd width 601: column 300 is the marker, got: $marker" [ "$marker" = "400 0,0,128" ]
+
+app_key Escape
+app_wait_exit 2
+check "Escape ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
+e2e_finish
