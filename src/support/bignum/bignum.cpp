@@ -1,0 +1,217 @@
+// Bignum: conversion from doubles, the linear combination, comparisons.
+#include "support/bignum/bignum.h"
+
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+static Bignum bignum_alloc(uint32_t n)
+{
+    Bignum r;
+    r.n = n;
+    r.limbs = (uint16_t *)malloc(n * sizeof(uint16_t));
+    return r;
+}
+
+// A true floor of a / 10000, also for negative a.
+static int32_t floor_div_base(int32_t a)
+{
+    int32_t q = a / (int32_t)BIGNUM_BASE;
+    if (a % (int32_t)BIGNUM_BASE < 0)
+        q--;
+    return q;
+}
+
+Bignum Bignum_fromdouble(double x)
+{
+    double magnitude = fabs(x + x);
+    if (magnitude < 1.0)
+        magnitude = 1.0;
+    // k: how many limbs above the pixel limb; 1 / ln 10000
+    int32_t k = (int32_t)floor(log(magnitude) * 0.10857362047581294);
+    Bignum r = bignum_alloc((uint32_t)k + 2);
+    // x in units of the top limb, with the excess; -ln 10000
+    double v = exp(k * -9.210340371976184) * x + 5000.0;
+    for (int32_t i = k + 1; i >= 0; i--) {
+        // truncate toward minus infinity, never round
+        double d = floor(v);
+        r.limbs[i] = (uint16_t)d;
+        v = (v - d) * 10000.0;
+    }
+    return r;
+}
+
+// A weight as a whole part and four decimals: the quantisation of every
+// interpolation and zoom factor.
+static void quantise_weight(double w, int32_t *whole, int32_t *frac)
+{
+    *whole = (int32_t)floor(w + 0.00005);
+    *frac = (int32_t)floor((w - *whole) * 10000 + 0.5);
+}
+
+// The top limb can fold into the limb below it without changing the value.
+static bool top_removable(const int32_t *limbs, uint32_t len)
+{
+    int32_t top = limbs[len - 1], below = limbs[len - 2];
+    return (top == 5000 && below < 5000) || (top == 4999 && below >= 5000);
+}
+
+Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
+{
+    int32_t ia, fa, ib, fb;
+    quantise_weight(a, &ia, &fa);
+    quantise_weight(b, &ib, &fb);
+    uint32_t m = X.n > Y.n ? X.n : Y.n;
+    // one spare place for the growth of step "grow" below
+    int32_t *acc = (int32_t *)malloc((m + 1) * sizeof(int32_t));
+
+    // whole parts at each limb, fractions one limb lower; excess included
+    for (int32_t i = (int32_t)m - 1; i >= 0; i--) {
+        uint32_t u = (uint32_t)i;
+        int32_t s = 0;
+        if (u < X.n) s += ia * X.limbs[u];
+        if (u + 1 < X.n) s += fa * X.limbs[u + 1];
+        if (u < Y.n) s += ib * Y.limbs[u];
+        if (u + 1 < Y.n) s += fb * Y.limbs[u + 1];
+        acc[i] = s;
+    }
+
+    // the fractions of limb 0 fall below the point: the one rounding
+    int32_t x0 = X.limbs[0] - (X.n == 1 ? 5000 : 0);
+    int32_t y0 = Y.limbs[0] - (Y.n == 1 ? 5000 : 0);
+    acc[0] += (x0 * fa + y0 * fb + 5000) / 10000;
+
+    // take the excess of the operands' top limbs out again
+    acc[X.n - 1] += -5000 * ia;
+    if (X.n > 1) acc[X.n - 2] += -5000 * fa;
+    acc[Y.n - 1] += -5000 * ib;
+    if (Y.n > 1) acc[Y.n - 2] += -5000 * fb;
+
+    /* carry out */
+    for (uint32_t i = 0; i + 1 < m; i++) {
+        int32_t c = floor_div_base(acc[i]);
+        acc[i] -= c * 10000;
+        acc[i + 1] += c;
+    }
+
+    uint32_t len = m;
+    int32_t t = acc[m - 1];
+    if ((uint32_t)(t + 5000) > 9999u) {
+        /* grow by one limb */
+        int32_t c = floor_div_base(t);
+        acc[m - 1] = t - c * 10000;
+        acc[m] = c + 5000;
+        len = m + 1;
+    } else {
+        /* normal form: fold removable top limbs down */
+        acc[m - 1] = t + 5000;
+        while (len > 1 && top_removable(acc, len)) {
+            acc[len - 2] += acc[len - 1] == 5000 ? 5000 : -5000;
+            len--;
+        }
+    }
+
+    Bignum r = bignum_alloc(len);
+    for (uint32_t i = 0; i < len; i++)
+        r.limbs[i] = (uint16_t)acc[i];
+    free(acc);
+    return r;
+}
+
+// -1, 0 or 1; top limb down, the shorter number's excess met on the other side.
+static int bignum_cmp(Bignum X, Bignum Y)
+{
+    uint32_t m = X.n > Y.n ? X.n : Y.n;
+    for (int32_t i = (int32_t)m - 1; i >= 0; i--) {
+        uint32_t u = (uint32_t)i;
+        uint16_t dx = u < X.n ? X.limbs[u] : 0;
+        uint16_t dy = u < Y.n ? Y.limbs[u] : 0;
+        if (X.n != Y.n) {
+            if (u == X.n - 1) dy = (uint16_t)(dy + 5000);
+            if (u == Y.n - 1) dx = (uint16_t)(dx + 5000);
+        }
+        if (dx != dy)
+            return dx < dy ? -1 : 1;
+    }
+    return 0;
+}
+
+static int bignum_cmpd(Bignum X, double x)
+{
+    Bignum Y = Bignum_fromdouble(x);
+    int c = bignum_cmp(X, Y);
+    Bignum_free(Y);
+    return c;
+}
+
+int Bignum_lt(Bignum X, Bignum Y) { return bignum_cmp(X, Y) < 0; }
+int Bignum_ltd(Bignum X, double x) { return bignum_cmpd(X, x) < 0; }
+int Bignum_led(Bignum X, double x) { return bignum_cmpd(X, x) <= 0; }
+int Bignum_gtd(Bignum X, double x) { return bignum_cmpd(X, x) > 0; }
+int Bignum_ged(Bignum X, double x) { return bignum_cmpd(X, x) >= 0; }
+
+double Bignum_todouble(Bignum X)
+{
+    // six limbs or more lie far outside every screen: only the side matters
+    if (X.n > 5)
+        return X.limbs[X.n - 1] > 4999 ? 1e20 : -1e20;
+    double w = 0.0001, s = 0.0;
+    for (uint32_t i = 0; i + 1 < X.n; i++) {
+        s += X.limbs[i] * w;
+        w *= 10000.0;
+    }
+    return ((int32_t)X.limbs[X.n - 1] - 5000) * w + s;
+}
+
+float Bignum_tofloat(Bignum X)
+{
+    if (X.n > 5)
+        return X.limbs[X.n - 1] > 4999 ? (float)1e20 : (float)-1e20;
+    return (float)Bignum_todouble(X);
+}
+
+void Bignum_free(Bignum X)
+{
+    free(X.limbs);
+}
+
+char *Bignum_todecimal(Bignum X)
+{
+    // signed digits in units of 0.0001, then to sign and magnitude
+    uint32_t n = X.n;
+    int32_t *d = (int32_t *)malloc((n + 1) * sizeof(int32_t));
+    for (uint32_t i = 0; i < n; i++)
+        d[i] = X.limbs[i] - (i + 1 == n ? 5000 : 0);
+    d[n] = 0;
+    bool negative = false;
+    for (int32_t i = (int32_t)n - 1; i >= 0; i--) {
+        if (d[i] != 0) {
+            negative = d[i] < 0;
+            break;
+        }
+    }
+    if (negative)
+        for (uint32_t i = 0; i < n; i++)
+            d[i] = -d[i];
+    /* carry out, so every place is a digit 0..9999 */
+    for (uint32_t i = 0; i < n; i++) {
+        int32_t c = floor_div_base(d[i]);
+        d[i] -= c * 10000;
+        d[i + 1] += c;
+    }
+    uint32_t top = n;
+    while (top > 1 && d[top] == 0)
+        top--;
+
+    char *text = (char *)malloc(4 * (n + 1) + 8);
+    char *p = text;
+    if (negative)
+        *p++ = '-';
+    p += sprintf(p, "%d", d[top]);
+    for (int32_t i = (int32_t)top - 1; i >= 1; i--)
+        p += sprintf(p, "%04d", d[i]);
+    sprintf(p, ".%04d", d[0]);
+    free(d);
+    return text;
+}

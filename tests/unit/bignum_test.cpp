@@ -1,0 +1,357 @@
+// Bignum: conversions, the linear combination and comparisons, checked
+// against a plain exact reference on random operands of up to 300 limbs.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/bignum/bignum.h"
+
+namespace {
+
+Bignum make(std::vector<uint16_t> limbs)
+{
+    Bignum b;
+    b.n = (uint32_t)limbs.size();
+    b.limbs = (uint16_t *)malloc(b.n * sizeof(uint16_t));
+    for (uint32_t i = 0; i < b.n; i++)
+        b.limbs[i] = limbs[i];
+    return b;
+}
+
+std::vector<uint16_t> limbs_of(Bignum b)
+{
+    return std::vector<uint16_t>(b.limbs, b.limbs + b.n);
+}
+
+std::string show(Bignum b)
+{
+    std::ostringstream s;
+    s << "(";
+    for (uint32_t i = 0; i < b.n; i++)
+        s << (i ? ", " : "") << b.limbs[i];
+    s << ")";
+    return s.str();
+}
+
+// --- The reference: a signed number as base-10000 places of any sign, value
+// sum d[i] * 10000^i in units of 0.0001 pixel. Slow and plain on purpose.
+typedef std::vector<long long> Ref;
+
+Ref ref_of(Bignum b)
+{
+    Ref d(b.limbs, b.limbs + b.n);
+    d[b.n - 1] -= 5000;
+    return d;
+}
+
+Ref ref_add(Ref x, const Ref &y, long long scale, size_t shift_down)
+{
+    // x + scale * (y without its lowest shift_down places, moved down)
+    for (size_t i = shift_down; i < y.size(); i++) {
+        if (x.size() <= i - shift_down)
+            x.resize(i - shift_down + 1, 0);
+        x[i - shift_down] += scale * y[i];
+    }
+    return x;
+}
+
+// Sign and decimal digits with four places, from the places of any sign.
+std::string ref_decimal(Ref d)
+{
+    d.push_back(0);
+    d.push_back(0);
+    // settle every place to 0..9999 with a floor carry; the top place keeps the sign
+    for (size_t i = 0; i + 1 < d.size(); i++) {
+        long long c = d[i] >= 0 ? d[i] / 10000 : -((-d[i] + 9999) / 10000);
+        d[i] -= c * 10000;
+        d[i + 1] += c;
+    }
+    bool negative = d.back() < 0;
+    if (negative) {
+        // the value is top * 10000^k + rest with rest >= 0: negate it plainly
+        for (long long &v : d)
+            v = -v;
+        for (size_t i = 0; i + 1 < d.size(); i++) {
+            long long c = d[i] >= 0 ? d[i] / 10000 : -((-d[i] + 9999) / 10000);
+            d[i] -= c * 10000;
+            d[i + 1] += c;
+        }
+    }
+    std::string whole;
+    for (size_t i = d.size() - 1; i >= 1; i--) {
+        char buf[16];
+        snprintf(buf, sizeof buf, whole.empty() ? "%lld" : "%04lld", d[i]);
+        if (!(whole.empty() && d[i] == 0))
+            whole += buf;
+    }
+    if (whole.empty())
+        whole = "0";
+    char frac[16];
+    snprintf(frac, sizeof frac, ".%04lld", d[0]);
+    bool zero = whole == "0" && d[0] == 0;
+    return (negative && !zero ? "-" : "") + whole + frac;
+}
+
+std::string decimal(Bignum b)
+{
+    char *text = Bignum_todecimal(b);
+    std::string s = text;
+    free(text);
+    return s;
+}
+
+int ref_sign(const Ref &d)
+{
+    std::string s = ref_decimal(d);
+    if (s[0] == '-')
+        return -1;
+    return s.find_first_not_of("0.") == std::string::npos ? 0 : 1;
+}
+
+// What a*X + b*Y must be: whole weights exact, fractions exact one place
+// down, and the parts below limb 0 rounded once.
+Ref ref_lincomb(Bignum X, Bignum Y, double a, double b)
+{
+    long long ia = (long long)floor(a + 0.00005), fa = (long long)floor((a - ia) * 10000 + 0.5);
+    long long ib = (long long)floor(b + 0.00005), fb = (long long)floor((b - ib) * 10000 + 0.5);
+    Ref x = ref_of(X), y = ref_of(Y);
+    Ref r(1, 0);
+    r = ref_add(r, x, ia, 0);
+    r = ref_add(r, y, ib, 0);
+    r = ref_add(r, x, fa, 1);
+    r = ref_add(r, y, fb, 1);
+    long long low = x[0] * fa + y[0] * fb + 5000;
+    r[0] += low / 10000;  // truncating toward zero
+    return r;
+}
+
+bool normal_form(Bignum b)
+{
+    for (uint32_t i = 0; i < b.n; i++)
+        if (b.limbs[i] > 9999)
+            return false;
+    if (b.n == 1)
+        return true;
+    uint16_t top = b.limbs[b.n - 1], below = b.limbs[b.n - 2];
+    return !((top == 5000 && below < 5000) || (top == 4999 && below >= 5000));
+}
+
+// A random number in normal form of 1 to max_limbs limbs, either sign.
+Bignum random_normal(std::mt19937 &rng, uint32_t max_limbs)
+{
+    std::uniform_int_distribution<uint32_t> length(1, max_limbs);
+    std::uniform_int_distribution<int> digit(0, 9999);
+    uint32_t n = length(rng);
+    std::vector<uint16_t> l(n);
+    do {
+        for (uint32_t i = 0; i < n; i++)
+            l[i] = (uint16_t)digit(rng);
+        // tops near the excess make the sign cases and the removable forms
+        if (rng() % 2)
+            l[n - 1] = (uint16_t)(4990 + rng() % 20);
+    } while (n > 1 && ((l[n - 1] == 5000 && l[n - 2] < 5000) || (l[n - 1] == 4999 && l[n - 2] >= 5000)));
+    return make(l);
+}
+
+TEST(Bignum, FromDoubleTruncatesDownAndKeepsItsLength)
+{
+    struct Case {
+        double x;
+        std::vector<uint16_t> limbs;
+    };
+    const Case cases[] = {
+        {0.0, {0, 5000}},          {0.3, {3000, 5000}},      {-0.3, {6999, 4999}},
+        {-1.0, {0, 4999}},         {-0.5, {5000, 4999}},     {128.0, {0, 5128}},
+        {1152.0, {0, 6152}},       {-4999.0, {0, 1}},        {4999.5, {5000, 9999}},
+        {5000.0, {0, 10000}},      {12345.6789, {6789, 2345, 5001}},
+        {-12345.0, {0, 7655, 4998}},
+    };
+    for (const Case &c : cases) {
+        Bignum b = Bignum_fromdouble(c.x);
+        EXPECT_EQ(limbs_of(b), c.limbs) << "x = " << c.x << " gave " << show(b);
+        Bignum_free(b);
+    }
+}
+
+TEST(Bignum, WeightsAreQuantisedToFourDecimals)
+{
+    // a weight acting on 1.0000 shows its quantised value directly
+    struct Case {
+        double weight;
+        const char *value;
+    };
+    const Case cases[] = {
+        {1.0, "1.0000"},      {-1.0, "-1.0000"},   {0.99996, "1.0000"}, {0.99994, "0.9999"},
+        {0.701703829, "0.7017"}, {0.00005, "0.0001"}, {0.00004, "0.0000"}, {-0.25, "-0.2500"},
+        {2.5, "2.5000"},      {-0.00004, "0.0000"},
+    };
+    Bignum one = Bignum_fromdouble(1.0), zero = Bignum_fromdouble(0.0);
+    for (const Case &c : cases) {
+        Bignum r = Bignum_lincomb(one, zero, c.weight, 1.0);
+        EXPECT_EQ(decimal(r), c.value) << "weight " << c.weight;
+        Bignum_free(r);
+    }
+    Bignum_free(one);
+    Bignum_free(zero);
+}
+
+TEST(Bignum, LincombTellingCases)
+{
+    Bignum zero = Bignum_fromdouble(0.0);
+    Bignum r = Bignum_lincomb(zero, zero, 1.0, -1.0);
+    EXPECT_EQ(limbs_of(r), std::vector<uint16_t>{5000});
+    Bignum_free(r);
+
+    // -0.5 in fromdouble form normalises to the single limb 0
+    Bignum half = Bignum_fromdouble(-0.5);
+    r = Bignum_lincomb(half, zero, 1.0, 0.0);
+    EXPECT_EQ(limbs_of(r), std::vector<uint16_t>{0});
+    EXPECT_TRUE(Bignum_lt(half, r)) << "the fromdouble form of -0.5 counts below every one-limb number";
+    Bignum_free(r);
+    Bignum_free(half);
+
+    // a top digit reaching 5000 grows by one limb: 3 * 2000 = 6000 pixels
+    Bignum two_thousand = Bignum_fromdouble(2000.0);
+    r = Bignum_lincomb(two_thousand, two_thousand, 2.0, 1.0);
+    EXPECT_EQ(limbs_of(r), (std::vector<uint16_t>{0, 6000, 5000}));
+    Bignum_free(r);
+    Bignum_free(two_thousand);
+    Bignum_free(zero);
+}
+
+TEST(Bignum, LincombMatchesTheExactReference)
+{
+    std::mt19937 rng(20261121);
+    // weights across the quantisation boundaries and both signs
+    const double base_weights[] = {0.0, 1.0, -1.0, 0.5, 0.701703829, 1.3, -2.25, 0.99996, 0.99994,
+                                   0.12345, 0.00005, -0.00004, 2.71828, 1.0001, 0.9999};
+    std::uniform_real_distribution<double> any_weight(-3.0, 3.0);
+    for (int trial = 0; trial < 4000; trial++) {
+        uint32_t max_limbs = trial % 10 == 0 ? 300 : 12;
+        Bignum X = random_normal(rng, max_limbs);
+        Bignum Y = rng() % 4 == 0 ? X : random_normal(rng, max_limbs);
+        double a = trial % 2 ? any_weight(rng) : base_weights[rng() % 15];
+        double b = trial % 3 ? any_weight(rng) : base_weights[rng() % 15];
+        Bignum r = Bignum_lincomb(X, Y, a, b);
+        std::string expected = ref_decimal(ref_lincomb(X, Y, a, b));
+        ASSERT_EQ(decimal(r), expected) << "X = " << show(X) << "\nY = " << show(Y) << "\na = " << a
+                                        << " b = " << b << "\ngot " << show(r);
+        ASSERT_TRUE(normal_form(r)) << show(r);
+        if (Y.limbs != X.limbs)
+            Bignum_free(Y);
+        Bignum_free(X);
+        Bignum_free(r);
+    }
+}
+
+TEST(Bignum, DifferenceOfANumberWithItselfIsZero)
+{
+    std::mt19937 rng(7);
+    for (int trial = 0; trial < 500; trial++) {
+        Bignum X = random_normal(rng, 40);
+        Bignum r = Bignum_lincomb(X, X, 1.0, -1.0);
+        ASSERT_EQ(limbs_of(r), std::vector<uint16_t>{5000}) << show(X);
+        Bignum_free(r);
+        Bignum_free(X);
+    }
+}
+
+TEST(Bignum, ComparisonsMatchTheReference)
+{
+    std::mt19937 rng(99);
+    for (int trial = 0; trial < 4000; trial++) {
+        Bignum X = random_normal(rng, trial % 10 == 0 ? 300 : 4);
+        Bignum Y = random_normal(rng, trial % 10 == 0 ? 300 : 4);
+        Ref diff = ref_add(ref_of(X), ref_of(Y), -1, 0);
+        int sign = ref_sign(diff);
+        ASSERT_EQ(Bignum_lt(X, Y), sign < 0 ? 1 : 0) << show(X) << " < " << show(Y);
+        ASSERT_EQ(Bignum_lt(Y, X), sign > 0 ? 1 : 0) << show(Y) << " < " << show(X);
+        Bignum_free(X);
+        Bignum_free(Y);
+    }
+    // equal values of different lengths: (3000, 5000) and the single limb 8000
+    Bignum a = make({3000, 5000}), b = make({8000});
+    EXPECT_FALSE(Bignum_lt(a, b));
+    EXPECT_FALSE(Bignum_lt(b, a));
+    EXPECT_FALSE(Bignum_lt(a, a));
+    Bignum_free(a);
+    Bignum_free(b);
+}
+
+TEST(Bignum, ComparisonsWithDoubles)
+{
+    struct Case {
+        std::vector<uint16_t> limbs;
+        double x;
+        int lt, le, gt, ge;
+    };
+    const Case cases[] = {
+        {{0, 5128}, 128.0, 0, 1, 0, 1},
+        {{0, 5128}, 128.00005, 0, 1, 0, 1},   // the double is truncated to 128.0000
+        {{1, 5128}, 128.0, 0, 0, 1, 1},
+        {{9999, 5127}, 128.0, 1, 1, 0, 0},
+        {{0, 4872}, -128.0, 0, 1, 0, 1},
+        {{5000, 5000, 5001}, 1e4, 0, 0, 1, 1},
+        {{0, 0, 4999}, -1e4, 0, 1, 0, 1},
+        {{0, 5000, 4999}, -1e4, 0, 0, 1, 1},  // -5000 in the fromdouble form
+        {{8000}, 0.3, 0, 1, 0, 1},
+    };
+    for (const Case &c : cases) {
+        Bignum X = make(c.limbs);
+        EXPECT_EQ(Bignum_ltd(X, c.x), c.lt) << show(X) << " < " << c.x;
+        EXPECT_EQ(Bignum_led(X, c.x), c.le) << show(X) << " <= " << c.x;
+        EXPECT_EQ(Bignum_gtd(X, c.x), c.gt) << show(X) << " > " << c.x;
+        EXPECT_EQ(Bignum_ged(X, c.x), c.ge) << show(X) << " >= " << c.x;
+        Bignum_free(X);
+    }
+}
+
+TEST(Bignum, ToDoubleAndItsCutOff)
+{
+    struct Case {
+        std::vector<uint16_t> limbs;
+        double value;
+    };
+    const Case cases[] = {
+        {{5000}, 0.0},
+        {{8000}, 0.3},
+        {{6999, 4999}, -0.3001},
+        {{0, 5128}, 128.0},
+        {{1234, 5678, 5001}, 15678.1234},
+        {{0, 0, 0, 0, 5001}, 1e12},
+        {{0, 0, 0, 0, 0, 5000}, 1e20},   // six limbs: only the side counts
+        {{9999, 9999, 9999, 9999, 9999, 4999}, -1e20},
+        {{0, 0, 0, 0, 0, 0, 5003}, 1e20},
+    };
+    for (const Case &c : cases) {
+        Bignum X = make(c.limbs);
+        EXPECT_NEAR(Bignum_todouble(X), c.value, 1e-9 * (1 + fabs(c.value))) << show(X);
+        EXPECT_EQ(Bignum_tofloat(X), (float)Bignum_todouble(X)) << show(X);
+        Bignum_free(X);
+    }
+}
+
+TEST(Bignum, DecimalText)
+{
+    struct Case {
+        std::vector<uint16_t> limbs;
+        const char *text;
+    };
+    const Case cases[] = {
+        {{5000}, "0.0000"},          {{0, 5000}, "0.0000"},       {{6999, 4999}, "-0.3001"},
+        {{0, 4999}, "-1.0000"},      {{0}, "-0.5000"},            {{1200, 5128}, "128.1200"},
+        {{7, 3, 5001}, "10003.0007"}, {{0, 0, 0, 4998}, "-200000000.0000"},
+        {{0, 10000}, "5000.0000"},
+    };
+    for (const Case &c : cases) {
+        Bignum X = make(c.limbs);
+        EXPECT_EQ(decimal(X), c.text) << show(X);
+        EXPECT_EQ(ref_decimal(ref_of(X)), c.text) << "reference, " << show(X);
+        Bignum_free(X);
+    }
+}
+
+}  // namespace
