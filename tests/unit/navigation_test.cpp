@@ -1,0 +1,210 @@
+// Navigation: zoom speeds, the clamps, the depth limit keys, the minimum-zoom
+// rule and the view update about the centre column.
+#include <gtest/gtest.h>
+
+#include <math.h>
+#include <string>
+
+#include "ord/navigation.h"
+#include "support/gl/input_state.h"
+#include "support/gl/screen.h"
+
+namespace {
+
+std::string decimal(Bignum b)
+{
+    char *text = Bignum_todecimal(b);
+    std::string s = text;
+    free(text);
+    return s;
+}
+
+void press_only(std::initializer_list<int32_t> keys)
+{
+    input_reset_keys();
+    for (int32_t k : keys)
+        key_down[k] = 1;
+    input_pump_end();
+}
+
+TEST(Navigation, ZoomSpeedByModifiers)
+{
+    struct Case {
+        std::initializer_list<int32_t> keys;
+        double speed;
+    };
+    // the Ctrl rows are the products 3.0 * 0.3 and 9.0 * 0.3 at their exact bits
+    const Case cases[] = {
+        {{}, 3.0},
+        {{KEY_LSHIFT}, 9.0},
+        {{KEY_RCTRL}, 0.8999999999999999},
+        {{KEY_RSHIFT, KEY_LCTRL}, 2.6999999999999997},
+    };
+    for (const Case &c : cases) {
+        press_only(c.keys);
+        EXPECT_EQ(navigation_zoom_speed(), c.speed);
+    }
+    input_reset_keys();
+    input_pump_end();
+}
+
+TEST(Navigation, KeyZoomAndItsClamp)
+{
+    struct Case {
+        std::initializer_list<int32_t> keys;
+        double frame_dt;
+        double factor;
+        double step;
+    };
+    const Case cases[] = {
+        {{}, 0.01, 1.0, 0.03},
+        {{KEY_Z}, 0.01, exp(0.03), 0.03},
+        {{KEY_UP}, 0.01, exp(0.03), 0.03},
+        {{KEY_X}, 0.01, exp(-0.03), 0.03},
+        {{KEY_DOWN}, 0.01, exp(-0.03), 0.03},
+        {{KEY_Z, KEY_X}, 0.01, exp(-0.03) * exp(0.03), 0.03},  // both cancel
+        {{KEY_Z}, 5.0, exp(0.3), 0.3},                       // a slow frame does not jump
+        {{KEY_Z}, -0.01, exp(-0.03), -0.03},                 // the clock set back runs it backward
+    };
+    for (const Case &c : cases) {
+        press_only(c.keys);
+        double step = 0;
+        EXPECT_DOUBLE_EQ(navigation_key_zoom(c.frame_dt, 3.0, &step), c.factor) << "dt " << c.frame_dt;
+        EXPECT_DOUBLE_EQ(step, c.step);
+    }
+    input_reset_keys();
+    input_pump_end();
+}
+
+TEST(Navigation, DepthLimitKeysOnEdges)
+{
+    input_reset_keys();
+    segment_depth_limit = -1;
+    struct Step {
+        std::initializer_list<int32_t> keys;
+        int32_t limit;
+    };
+    // one pump per step; a held key counts once
+    const Step steps[] = {
+        {{KEY_A}, -1}, {{}, -1}, {{KEY_S}, 0}, {{KEY_S}, 0}, {{}, 0},
+        {{KEY_S}, 1},  {{}, 1},  {{KEY_S}, 2}, {{}, 2},      {{KEY_A, KEY_S}, 2},
+        {{}, 2},       {{KEY_A}, 1}, {{}, 1},  {{KEY_A}, 0}, {{}, 0}, {{KEY_A}, -1},
+    };
+    for (const Step &s : steps) {
+        input_pump_begin();
+        for (int32_t k = 0; k < (int32_t)KEY_COUNT; k++)
+            key_down[k] = 0;
+        for (int32_t k : s.keys)
+            key_down[k] = 1;
+        input_pump_end();
+        navigation_depth_keys();
+        EXPECT_EQ(segment_depth_limit, s.limit);
+    }
+    input_reset_keys();
+    segment_depth_limit = -1;
+}
+
+TEST(Navigation, PanByArrowsAndDrag)
+{
+    screen_w = 1000;
+    struct Case {
+        std::initializer_list<int32_t> keys;
+        double frame_dt;
+        int32_t drag_dx;
+        int32_t pan;
+    };
+    const Case cases[] = {
+        {{}, 0.01, 0, 0},
+        {{KEY_RIGHT}, 0.01, 0, 10},
+        {{KEY_LEFT}, 0.01, 0, -10},
+        {{KEY_RIGHT, KEY_LEFT}, 0.01, 0, 0},
+        {{KEY_RIGHT}, 5.0, 0, 200},   // a 5-second frame pans by 0.2 of a width
+        {{}, 0.01, -37, -37},
+        {{KEY_RIGHT}, 0.0155, 3, 18},  // truncated after adding the drag
+    };
+    for (const Case &c : cases) {
+        press_only(c.keys);
+        EXPECT_EQ(navigation_pan_pixels(c.frame_dt, c.drag_dx), c.pan) << "dt " << c.frame_dt;
+    }
+    input_reset_keys();
+    input_pump_end();
+    screen_w = 0;
+}
+
+TEST(Navigation, FirstViewAndTheMinimumZoomRule)
+{
+    screen_w = 1280;
+    Bignum lo, hi;
+    double min_length;
+    view_start(&lo, &hi, &min_length);
+    EXPECT_EQ(min_length, 1024.0);
+    EXPECT_EQ(decimal(lo), "128.0000");
+    EXPECT_EQ(decimal(hi), "1152.0000");
+
+    // at the first view, zooming out is held at the limit
+    EXPECT_DOUBLE_EQ(navigation_min_zoom(exp(-0.03), lo, hi, min_length), 1.0);
+    EXPECT_EQ(navigation_min_zoom(exp(0.03), lo, hi, min_length), exp(0.03));
+
+    // Z for a while, then X for longer: back at the limit and no further
+    for (int i = 0; i < 20; i++)
+        view_update(&lo, &hi, navigation_min_zoom(exp(0.05), lo, hi, min_length), 0);
+    for (int i = 0; i < 40; i++)
+        view_update(&lo, &hi, navigation_min_zoom(exp(-0.05), lo, hi, min_length), 0);
+    // the factor is held to four decimals, so the limit holds within 1/10000
+    // of the length; the anchor drifts by fractions of a pixel per step
+    double span = Bignum_todouble(hi) - Bignum_todouble(lo);
+    EXPECT_NEAR(span, 1024.0, 0.11);
+    EXPECT_NEAR(Bignum_todouble(lo), 128.0, 1.0);
+    view_update(&lo, &hi, navigation_min_zoom(exp(-0.05), lo, hi, min_length), 0);
+    EXPECT_NEAR(Bignum_todouble(hi) - Bignum_todouble(lo), span, 0.11) << "stops at the limit";
+    Bignum_free(lo);
+    Bignum_free(hi);
+    screen_w = 0;
+}
+
+TEST(Navigation, ViewUpdateKeepsTheCentreColumnAndPans)
+{
+    screen_w = 864;
+    Bignum lo = Bignum_fromdouble(100.0), hi = Bignum_fromdouble(900.0);
+    // no input: rebuilt unchanged
+    view_update(&lo, &hi, 1.0, 0);
+    EXPECT_EQ(decimal(lo), "100.0000");
+    EXPECT_EQ(decimal(hi), "900.0000");
+    // doubling about column 432: 100 -> -232, 900 -> 1368
+    view_update(&lo, &hi, 2.0, 0);
+    EXPECT_EQ(decimal(lo), "-232.0000");
+    EXPECT_EQ(decimal(hi), "1368.0000");
+    // pan moves everything left
+    view_update(&lo, &hi, 1.0, 50);
+    EXPECT_EQ(decimal(lo), "-282.0000");
+    EXPECT_EQ(decimal(hi), "1318.0000");
+    // an infinite factor leaves the view as it was
+    view_update(&lo, &hi, INFINITY, 10);
+    view_update(&lo, &hi, NAN, 10);
+    EXPECT_EQ(decimal(lo), "-282.0000");
+    EXPECT_EQ(decimal(hi), "1318.0000");
+    Bignum_free(lo);
+    Bignum_free(hi);
+    screen_w = 0;
+}
+
+TEST(Navigation, DeepZoomGrowsTheNumbersAndKeepsTheAnchor)
+{
+    screen_w = 1280;
+    Bignum lo, hi;
+    double min_length;
+    view_start(&lo, &hi, &min_length);
+    // 10^1000 of zoom in steps of e (weights quantised to 2.7183)
+    for (int i = 0; i < 2303; i++)
+        view_update(&lo, &hi, exp(1.0), 0);
+    EXPECT_GT(hi.n, 200u);
+    EXPECT_LT(Bignum_todouble(lo), 0.0);
+    EXPECT_GT(Bignum_todouble(hi), 1280.0);
+    // the span is now only a sign apart, and the rule's quotient vanishes
+    EXPECT_EQ(navigation_min_zoom(0.5, lo, hi, min_length), 0.5);
+    Bignum_free(lo);
+    Bignum_free(hi);
+    screen_w = 0;
+}
+
+}  // namespace
