@@ -1,0 +1,45 @@
+// Text measuring: the item walk over expanded text and the width of a text.
+//
+// Nothing here touches a graphics library; the drawing in text_draw.h walks
+// text with the same reader. Texts are expanded texts (markup.h) or plain
+// texts, which are expanded texts without escapes. A null text reads as
+// "NULL?". Codes of 512 and above hold no glyph and are skipped.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+// Letter spacing: a fraction of text_height added to each advance. 0.1.
+extern float text_spacing;
+// Extra scale of all drawn text, applied by the bracket. 1.0 each.
+extern float text_scale_x, text_scale_y;
+// Blend mode of drawn text: 1 replace, 2 multiply, 3 add where not yet
+// covered, 4 alpha. 3, which needs no alpha in the glyphs.
+extern int32_t text_blend;
+// A shader program for text. 0, and nothing sets it: text is always drawn by
+// the fixed-function path with whole-pixel advances.
+extern uint32_t text_shader;
+
+enum TextItemKind : uint32_t {
+    TEXT_ITEM_END,      // the end byte, or an item cut short by the byte limit
+    TEXT_ITEM_GLYPH,    // a glyph code (10 breaks the line)
+    TEXT_ITEM_CONTROL,  // a control escape
+};
+
+struct TextItem {
+    TextItemKind kind;
+    uint32_t length;   // bytes of the item
+    uint32_t code;     // TEXT_ITEM_GLYPH: the glyph code
+    uint32_t control;  // TEXT_ITEM_CONTROL: its kind byte
+    uint32_t arg;      // TEXT_ITEM_CONTROL: four argument bytes, little-endian
+};
+
+// The item at p, reading at most limit bytes: one that does not fit ends the text.
+TextItem text_item(const char *p, size_t limit);
+
+// Width in pixels with the selected font; 0 with no font. Line breaks add
+// nothing, so a text of several lines measures as the sum of its lines.
+float text_width(const char *text);
+// The same over at most limit bytes of text: an escape cut by the limit ends
+// the measure (the word look-ahead of bounded drawing measures such pieces).
+float text_width_bytes(const char *text, size_t limit);
