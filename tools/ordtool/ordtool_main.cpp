@@ -1,7 +1,9 @@
-// ordtool: the command-line companion of ordline.
+// ordtool: the command-line companion of ordline; dispatches on the command word.
 #include <stdio.h>
+#include <string.h>
 
 #include "ord/fpu_mode.h"
+#include "tools/ordtool/ordtool.h"
 
 // The same floating-point mode as the viewer, so positions agree.
 __attribute__((constructor)) static void ordtool_fpu_mode()
@@ -9,12 +11,36 @@ __attribute__((constructor)) static void ordtool_fpu_mode()
     fpu_flush_denormals();
 }
 
-int main(int argc, char **)
+static const char usage_text[] =
+    "usage: ordtool COMMAND ...\n"
+    "  ordtool print ORD [--row BITS] [--arena]     the text of ORD in notation BITS\n"
+    "  ordtool expand ORD N [--row BITS] [--arena]  the first N members of the fundamental\n"
+    "                                               sequence of ORD, one per line\n"
+    "  ordtool cmp A B [--arena]                    -1, 0 or 1 as A is below, equal to\n"
+    "                                               or above B\n"
+    "ORD is read in psi form: numbers, omega, Omega, Omega_{a}, psi_{a}(b), sums with '+',\n"
+    "coefficients '.n', and psi_{0}(I) (the top of the line) standing alone.\n"
+    "BITS is six digits 0 or 1 for the toggles n, alpha.n, omega^alpha, epsilon_alpha,\n"
+    "varphi_alpha(beta) and Omega_alpha, in that order; the default is 111111.\n"
+    "--arena runs the command with the ordinal arena in place of the heap.\n";
+
+int main(int argc, char **argv)
 {
     if (argc < 2) {
-        fprintf(stderr, "usage: ordtool COMMAND ...\n");
-        return 2;
+        fputs(usage_text, stderr);
+        return ORDTOOL_FAILED;
     }
-    fprintf(stderr, "ordtool: unknown command\n");
-    return 2;
+    const char *command = argv[1];
+    if (strcmp(command, "print") == 0)
+        return ordtool_print(argc, argv);
+    if (strcmp(command, "expand") == 0)
+        return ordtool_expand(argc, argv);
+    if (strcmp(command, "cmp") == 0)
+        return ordtool_cmp(argc, argv);
+    if (strcmp(command, "help") == 0 || strcmp(command, "--help") == 0 ||
+        strcmp(command, "-h") == 0) {
+        fputs(usage_text, stdout);
+        return 0;
+    }
+    return ordtool_fail("unknown command '%s' (try: ordtool help)", command);
 }

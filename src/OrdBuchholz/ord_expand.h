@@ -1,0 +1,53 @@
+// Fundamental sequences: the first n members of an increasing sequence that
+// converges to a limit ordinal, the step by which the line is cut up.
+//
+// At a term Omega_a with a zero or successor subscript (uncountable
+// cofinality) nothing can be read off the term itself; what is wanted depends
+// on the terms around it. So the expansion keeps `ord_path`, the chain of
+// arguments by which it reached the current term, and iterates a template
+// (OrdBuchholz/ord_buchholz.h) taken from that chain.
+//
+// Ownership is flat. Members, the `keep` arrays and the arrays of the expanded
+// ordinal share one another without any count; every term array created
+// during an expansion stands exactly once as a top array, either in `seq` or
+// in `keep`. Ord_freeexpansion frees those top arrays and walks down nothing,
+// so the expanded ordinal must outlive its expansion. In arena mode the term
+// arrays stay in the arena until the rewind; `seq` and `keep`'s block always
+// come from the heap and are always freed.
+#pragma once
+
+#include <stdint.h>
+
+#include "OrdBuchholz/ord.h"
+#include "ord/dynarray.h"
+
+struct OrdExpansion {
+    Ord *seq;       // the members, ascending; a heap array of n
+    int32_t n;      // their number, always the number asked for
+    DynArray keep;  // of Ord: every other array the members depend on
+};
+
+// The chain of arguments of the current top-level expansion, a DynArray of
+// Ord; its last element is the current argument. Each call appends one
+// element and nothing is popped, since each call makes at most one nested
+// call. Made empty before a top-level call and released after it.
+extern DynArray ord_path;
+
+// The first n members of the fundamental sequence of x, a limit (not 0, not a
+// successor), n at least 1. Member 0 may be 0 or the left neighbour of x's
+// last step. Members of the top psi_0(I) from the third on compare above it
+// under Ord_cmp (see OrdBuchholz/ord.h): never compare them with the top.
+//
+// Calling order of a top-level expansion, which is the caller's duty (or use
+// Ord_expandfresh): make ord_path empty for elements of one Ord; call
+// Ord_expand; release ord_path's storage (storing null through its mirror if
+// set); use the members; Ord_freeexpansion. A retry that needs more members
+// frees the expansion and starts again with a new path.
+OrdExpansion Ord_expand(Ord x, int32_t n);
+
+// Ord_expand from a fresh ord_path, which is released again before returning.
+OrdExpansion Ord_expandfresh(Ord x, int32_t n);
+
+// Frees the top array of each member and of each keep element (nothing under
+// the arena), then the member array and keep's storage.
+void Ord_freeexpansion(OrdExpansion e);

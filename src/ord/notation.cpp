@@ -1,0 +1,322 @@
+// Notation: the choice of form per term, the conversions, and the text.
+#include "ord/notation.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "OrdBuchholz/ord_arith.h"
+#include "OrdBuchholz/ord_buchholz.h"
+
+// A heap text that grows by doubling; always zero-terminated.
+struct NotationText {
+    char *data;
+    size_t len;
+    size_t cap;
+};
+
+// ---- text ----
+
+static void text_reserve(NotationText *s, size_t more)
+{
+    if (s->len + more + 1 <= s->cap)
+        return;
+    size_t cap = s->cap ? s->cap : 64;
+    while (s->len + more + 1 > cap)
+        cap *= 2;
+    s->data = (char *)realloc(s->data, cap);
+    s->cap = cap;
+}
+
+static void text_append_bytes(NotationText *s, const char *bytes, size_t n)
+{
+    text_reserve(s, n);
+    memcpy(s->data + s->len, bytes, n);
+    s->len += n;
+    s->data[s->len] = 0;
+}
+
+static void text_append(NotationText *s, const char *str)
+{
+    text_append_bytes(s, str, strlen(str));
+}
+
+static void text_append_uint(NotationText *s, const char *format, uint32_t value)
+{
+    char digits[16];
+    int n = snprintf(digits, sizeof digits, format, value);
+    text_append_bytes(s, digits, (size_t)n);
+}
+
+// ---- small ordinals ----
+
+static bool row_on(const NotationRow *row, NotationToggle toggle)
+{
+    return row->toggle[toggle] != 0;
+}
+
+// A new one-term ordinal (coef, sub, arg); shares sub and arg.
+static Ord term_new(uint32_t coef, Ord sub, Ord arg)
+{
+    Ord r = Ord_alloc1();
+    r.terms[0] = OrdTerm{coef, sub, arg};
+    return r;
+}
+
+// psi_a(head) when head is not 0; psi_a(0) = Omega_a when it is, except that
+// Omega_0 is left out (0). Both forms split off this P.
+static Ord split_head(Ord a, Ord head)
+{
+    if (head.count)
+        return term_new(1, a, head);
+    return a.count ? term_new(1, a, Ord_zero()) : Ord_zero();
+}
+
+// ---- the choice of form ----
+
+NotationForm notation_form(const OrdTerm *t, const NotationRow *row)
+{
+    if (t->coef == 0)
+        return FORM_PLACEHOLDER;
+    if (t->coef == ORD_COEF_I)
+        return FORM_MARKER;
+    Ord a = t->sub;
+    Ord b = t->arg;
+    if (row_on(row, TOGGLE_N) && a.count == 0 && b.count == 0)
+        return FORM_NUMBER;
+    if (row_on(row, TOGGLE_BIG_OMEGA) && a.count && b.count == 0)
+        return FORM_BIG_OMEGA;
+    if (b.count == 0)
+        return FORM_PSI;
+
+    // psi_a(b) with b ending at or below subscript a is a power of omega
+    const OrdTerm *last = Ord_lastterm(b);
+    if (row_on(row, TOGGLE_OMEGA) && Ord_cmp(last->sub, a) <= 0)
+        return FORM_OMEGA;
+
+    // epsilon and varphi need b to end in subscript a + 1 exactly
+    Ord S = Ord_succ(a);
+    NotationForm form = FORM_PSI;
+    if (Ord_cmp(last->sub, S) == 0) {
+        Ord om = term_new(1, S, Ord_zero());
+        Ord om2 = term_new(1, S, om);
+        // no fall-back from one classical form to another
+        if (Ord_cmp(last->arg, om) < 0)
+            form = row_on(row, TOGGLE_EPSILON) ? FORM_EPSILON : FORM_PSI;
+        else if (Ord_cmp(last->arg, om2) < 0)
+            form = row_on(row, TOGGLE_VARPHI) ? FORM_VARPHI : FORM_PSI;
+        Ord_freearray(om2);
+        Ord_freearray(om);
+    }
+    Ord_freearray(S);
+    return form;
+}
+
+// ---- the conversions ----
+
+Ord notation_omega_exponent(const OrdTerm *t)
+{
+    Ord a = t->sub;
+    Ord b = t->arg;
+    // psi_a(h + t) = omega^(psi_a(h) + t) and psi_a(t) = omega^(Omega_a + t),
+    // where h is the part of b above subscript a
+    uint32_t i = 0;
+    while (Ord_cmp(b.terms[i].sub, a) > 0)
+        i++;
+    Ord P = split_head(a, Ord_slice(b, 0, i));
+    Ord E = Ord_add(P, Ord_slice(b, i, b.count - i));
+    Ord_freearray(P);
+    return E;
+}
+
+// How a tail term (c', S, y) is moved to subscript 0 by each form.
+enum TailRewrite { REWRITE_EPSILON, REWRITE_VARPHI };
+
+// The index both forms read off b's tail: the terms at the end of b with sub
+// S (the subscript a + 1) and arg below B0 count the steps, each rewritten at
+// subscript 0; the rest of b, collapsed with a, is what they are added to.
+static Ord notation_index(Ord a, Ord b, Ord S, Ord B0, TailRewrite rewrite)
+{
+    uint32_t start = b.count - 1;
+    while (start > 0 && Ord_cmp(b.terms[start - 1].sub, S) == 0 &&
+           Ord_cmp(b.terms[start - 1].arg, B0) < 0)
+        start--;
+    Ord P = split_head(a, Ord_slice(b, 0, start));
+
+    Ord R = Ord_alloc(b.count - start);
+    for (uint32_t j = 0; j < R.count; j++) {
+        const OrdTerm *s = &b.terms[start + j];
+        Ord y = s->arg;
+        if (rewrite == REWRITE_VARPHI) {
+            // only the part of y after its last term of non-zero subscript
+            uint32_t k = y.count;
+            while (k > 0 && y.terms[k - 1].sub.count == 0)
+                k--;
+            y = Ord_slice(y, k, y.count - k);
+        }
+        R.terms[j] = Ord_collapse(OrdTerm{s->coef, Ord_zero(), y});
+    }
+
+    // with nothing before the tail the count of steps starts at 0, so that
+    // psi_0(Omega) is epsilon_0 and psi_0(Omega.2) epsilon_1
+    Ord index = P.count == 0 && Ord_isfinite(R) ? Ord_pred(R) : Ord_add(P, R);
+    Ord_freearray(R);
+    Ord_freearray(P);
+    return index;
+}
+
+Ord notation_epsilon_index(const OrdTerm *t)
+{
+    Ord S = Ord_succ(t->sub);
+    Ord om = term_new(1, S, Ord_zero());
+    Ord A = notation_index(t->sub, t->arg, S, om, REWRITE_EPSILON);
+    Ord_freearray(om);
+    Ord_freearray(S);
+    return A;
+}
+
+void notation_varphi_indices(const OrdTerm *t, Ord *A, Ord *B)
+{
+    Ord S = Ord_succ(t->sub);
+    Ord om = term_new(1, S, Ord_zero());
+    Ord X = Ord_lastterm(t->arg)->arg;
+
+    // first index: the terms of X at subscript S, moved to subscript 0;
+    // varphi_1 is epsilon, so a finite index counts from 1
+    uint32_t n = 0;
+    for (uint32_t j = 0; j < X.count; j++)
+        n += Ord_cmp(X.terms[j].sub, S) == 0;
+    *A = Ord_alloc(n);
+    n = 0;
+    for (uint32_t j = 0; j < X.count; j++)
+        if (Ord_cmp(X.terms[j].sub, S) == 0)
+            A->terms[n++] = Ord_collapse(OrdTerm{X.terms[j].coef, Ord_zero(), X.terms[j].arg});
+    if (Ord_isfinite(*A))
+        A->terms[0].coef += 1;
+
+    // second index: steps of the tail below X + Omega_S
+    Ord B0 = Ord_add(X, om);
+    *B = notation_index(t->sub, t->arg, S, B0, REWRITE_VARPHI);
+    Ord_freearray(B0);
+    Ord_freearray(om);
+    Ord_freearray(S);
+}
+
+// ---- text ----
+
+static void append_ord(NotationText *s, Ord x, const NotationRow *row);
+
+// Appends the ordinal and releases its top array.
+static void append_temporary(NotationText *s, Ord x, const NotationRow *row)
+{
+    append_ord(s, x, row);
+    Ord_freearray(x);
+}
+
+// The form of one term, without its coefficient.
+static void append_form(NotationText *s, const OrdTerm *t, NotationForm form,
+                        const NotationRow *row)
+{
+    switch (form) {
+    case FORM_BIG_OMEGA:
+        if (Ord_isone(t->sub)) {
+            text_append(s, "Omega");
+        } else {
+            text_append(s, "Omega_{");
+            append_ord(s, t->sub, row);
+            text_append(s, "}");
+        }
+        break;
+    case FORM_OMEGA: {
+        Ord E = notation_omega_exponent(t);
+        if (Ord_isone(E)) {
+            text_append(s, "omega");
+            Ord_freearray(E);
+        } else {
+            text_append(s, "omega^{");
+            append_temporary(s, E, row);
+            text_append(s, "}");
+        }
+        break;
+    }
+    case FORM_EPSILON:
+        text_append(s, "epsilon_{");
+        append_temporary(s, notation_epsilon_index(t), row);
+        text_append(s, "}");
+        break;
+    case FORM_VARPHI: {
+        Ord A, B;
+        notation_varphi_indices(t, &A, &B);
+        text_append(s, "varphi_{");
+        append_temporary(s, A, row);
+        text_append(s, "}(");
+        append_temporary(s, B, row);
+        text_append(s, ")");
+        break;
+    }
+    default:
+        text_append(s, "psi_{");
+        append_ord(s, t->sub, row);
+        text_append(s, "}(");
+        append_ord(s, t->arg, row);
+        text_append(s, ")");
+        break;
+    }
+}
+
+static void append_term(NotationText *s, const OrdTerm *t, const NotationRow *row)
+{
+    NotationForm form = notation_form(t, row);
+    if (form == FORM_PLACEHOLDER) {
+        text_append(s, "x");
+        return;
+    }
+    if (form == FORM_MARKER) {
+        text_append(s, "I");
+        return;
+    }
+    if (form == FORM_NUMBER) {
+        text_append_uint(s, "%u", t->coef);
+        return;
+    }
+
+    size_t start = s->len;
+    append_form(s, t, form, row);
+    if (t->coef == 1)
+        return;
+    if (row_on(row, TOGGLE_DOT)) {
+        text_append_uint(s, ".%u", t->coef);
+        return;
+    }
+    // without ".n" the form is written coef times; copy it from the text
+    size_t n = s->len - start;
+    text_reserve(s, ((size_t)t->coef - 1) * (n + 1));
+    for (uint32_t k = 1; k < t->coef; k++) {
+        s->data[s->len++] = '+';
+        memcpy(s->data + s->len, s->data + start, n);
+        s->len += n;
+    }
+    s->data[s->len] = 0;
+}
+
+static void append_ord(NotationText *s, Ord x, const NotationRow *row)
+{
+    if (x.count == 0) {
+        text_append(s, "0");
+        return;
+    }
+    for (uint32_t i = 0; i < x.count; i++) {
+        if (i > 0)
+            text_append(s, "+");
+        append_term(s, &x.terms[i], row);
+    }
+}
+
+char *Ord_tostring(Ord x, const NotationRow *row)
+{
+    NotationText s = {nullptr, 0, 0};
+    text_reserve(&s, 0);
+    s.data[0] = 0;
+    append_ord(&s, x, row);
+    return s.data;
+}

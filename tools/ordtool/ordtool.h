@@ -1,0 +1,50 @@
+// ordtool: the command-line companion of ordline; what its commands share.
+//
+// Every command reads its own arguments after the command word. Errors are one
+// line on standard error, "ordtool: ...", and the status is 2; results go to
+// standard output. With --arena the command runs with ord_arena set, as a
+// frame of the viewer does while M is held.
+#pragma once
+
+#include <stdint.h>
+
+#include "OrdBuchholz/ord.h"
+#include "ord/notation.h"
+
+// Exit status of every refused command.
+constexpr int ORDTOOL_FAILED = 2;
+
+// Most positional arguments any command takes.
+constexpr int32_t ORDTOOL_MAX_POSITIONAL = 4;
+
+// The arguments of one command, options taken out.
+struct OrdtoolArgs {
+    const char *positional[ORDTOOL_MAX_POSITIONAL];
+    int32_t count;       // positional arguments given
+    NotationRow row;     // from --row, else all six on
+    bool row_given;      // --row was given
+    bool arena;          // --arena was given
+};
+
+// Prints "ordtool: <message>" on standard error; returns ORDTOOL_FAILED.
+int ordtool_fail(const char *format, ...) __attribute__((format(printf, 1, 2)));
+
+// Splits argv[first..argc) into positional arguments and the options --row
+// BITS and --arena. Refuses (with a message) unknown options, a bad BITS, a
+// --row when `takes_row` is false, and a count of positional arguments other
+// than `wanted`; `usage` names the command's form in that message.
+bool ordtool_args(int argc, char **argv, int first, int32_t wanted, bool takes_row,
+                  const char *usage, OrdtoolArgs *args);
+
+// Sets ord_arena to the tool's own arena when `arena` is true. The arena is
+// never rewound: the process ends after the command.
+void ordtool_memory_mode(bool arena);
+
+// Reads an ordinal argument; on failure prints the reader's message and
+// returns false. The value owns its arrays (Ord_free).
+bool ordtool_read_ord(const char *text, Ord *out);
+
+// The commands; each returns the exit status.
+int ordtool_print(int argc, char **argv);
+int ordtool_expand(int argc, char **argv);
+int ordtool_cmp(int argc, char **argv);
