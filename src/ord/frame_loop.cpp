@@ -4,6 +4,12 @@
 #include <GL/gl.h>
 #include <SDL2/SDL.h>
 
+#include "OrdBuchholz/memstack.h"
+#include "OrdBuchholz/ord.h"
+#include "PlotSegment2/tick_draw.h"
+#include "PlotSegment2/tick_walk.h"
+#include "ord/mouse_drag.h"
+#include "ord/navigation.h"
 #include "ord/startup_check.h"
 #include "support/gl/event_pump.h"
 #include "support/gl/input_state.h"
@@ -44,8 +50,26 @@ static void startup_relative_mouse()
     }
 }
 
+// The screen-dependent fields of the walk record: the line runs across the
+// whole width, from 0.1 of the height at the left down to the bottom.
+static void walk_record_screen(WalkRecord *record)
+{
+    record->left = 0.0f;
+    record->right = (float)screen_w;
+    record->yleft = (float)(0.1 * screen_h);
+    record->yright = (float)screen_h;
+    record->ticklen = (float)(0.05 * screen_h);
+}
+
 void frame_loop()
 {
+    MemStack arena;
+    memstack_init(&arena);
+    Bignum view_lo, view_hi;
+    double min_line_length;
+    view_start(&view_lo, &view_hi, &min_line_length);
+    WalkRecord record = {};
+
     double last_time = clock_seconds();
     startup_relative_mouse();
     startup_check_screen();
@@ -54,9 +78,35 @@ void frame_loop()
     for (;;) {
         double now = clock_seconds();
         double frame_dt = now - last_time;
-        (void)frame_dt;
+        walk_record_screen(&record);
+
+        // keys: zoom and the depth limit
+        double zoom_speed = navigation_zoom_speed();
+        double zoom_step;
+        double zoom_factor = navigation_key_zoom(frame_dt, zoom_speed, &zoom_step);
+        navigation_depth_keys();
+
+        // the mouse, then pan, the minimum-zoom rule and the new view
+        int32_t drag_dx = mouse_drag(&zoom_factor, zoom_step, zoom_speed);
+        int32_t pan_pixels = navigation_pan_pixels(frame_dt, drag_dx);
+        zoom_factor = navigation_min_zoom(zoom_factor, view_lo, view_hi, min_line_length);
+        view_update(&view_lo, &view_hi, zoom_factor, pan_pixels);
 
         draw_centre_marker();
+
+        // M held: the passes of the line allocate from the arena
+        if (key_down[KEY_M])
+            ord_arena = &arena;
+        record.minsize = 1.0f;
+        tick_arrays_rebuild(record.right);
+        record.xlo = view_lo;
+        record.xhi = view_hi;
+        walk_line(tick_record, record);
+        tick_draw(record);
+        if (key_down[KEY_M]) {
+            memstack_rewind(&arena);
+            ord_arena = nullptr;
+        }
 
         glFinish();
         SDL_GL_SwapWindow(sdl_window);
@@ -71,4 +121,5 @@ void frame_loop()
             break;
         last_time = now;
     }
+    memstack_free(&arena);
 }

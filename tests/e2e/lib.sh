@@ -133,3 +133,67 @@ window_geometry() {
     xdotool getwindowgeometry --shell "$WID" |
         awk -F= '/^X=/{x=$2} /^Y=/{y=$2} /^WIDTH=/{w=$2} /^HEIGHT=/{h=$2} END {print x, y, w, h}'
 }
+
+# Holds a key (xdotool key name, "+" for chords) down for $2 seconds.
+app_hold() {
+    app_focus
+    xdotool keydown "$1"
+    sleep "$2"
+    xdotool keyup "$1"
+    sleep 0.3
+}
+
+# The whole window region of a screenshot as "x y r g b" lines.
+window_pixels() {  # window_pixels FILE W H
+    convert "$1" -crop "$2x$3+0+0" -depth 8 txt:- |
+        sed -n 's/^\([0-9]*\),\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2 \3 \4 \5/p'
+}
+
+# Columns of a screenshot (window W x H) that hold a stroke: any pixel that is
+# not black, outside the marker's column W/2. Prints the column numbers.
+stroke_columns() {  # stroke_columns FILE W H
+    window_pixels "$1" "$2" "$3" |
+        awk -v marker=$(($2 / 2)) '$1 != marker && !($3 == 0 && $4 == 0 && $5 == 0) { seen[$1] = 1 }
+             END { for (c in seen) print c }' | sort -n
+}
+
+# Whether a rectangle holds any pixel that is not black, or holds none.
+has_stroke() {  # has_stroke FILE W H X Y
+    colours "$@" | grep -qv ' 0,0,0$'
+}
+no_stroke() {
+    ! has_stroke "$@"
+}
+
+# The line's band at column c of a window W x H: the rows a tick stroke may
+# cover, from 0.1 of the height at the left edge down to the bottom at the
+# right, strokes 0.05 of the height long. Prints "top bottom".
+line_band() {  # line_band C W H
+    awk -v c="$1" -v W="$2" -v H="$3" 'BEGIN {
+        y = ((H - 0.1 * H) / W) * c + 0.1 * H
+        printf "%d %d\n", y - 0.05 * H - 2, y + 2 }'
+}
+
+# The colours of column c outside the line's band, as "count r,g,b" lines.
+column_outside_band() {  # column_outside_band FILE C W H
+    local band top bottom
+    band=$(line_band "$2" "$3" "$4")
+    top=${band% *}
+    bottom=${band#* }
+    convert "$1" -crop "1x$4+$2+0" -depth 8 txt:- |
+        sed -n 's/^[0-9]*,\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2,\3,\4/p' |
+        awk -v t="$top" -v b="$bottom" '$1 < t || $1 > b { n[$2]++ } END { for (c in n) print n[c], c }' |
+        sort -rn
+}
+
+# Pixels of the window outside the line's band and off column `skip` that are
+# not black: their count.
+stray_pixels() {  # stray_pixels FILE W H SKIP
+    window_pixels "$1" "$2" "$3" |
+        awk -v W="$2" -v H="$3" -v skip="$4" '
+            $1 != skip && !($3 == 0 && $4 == 0 && $5 == 0) {
+                y = ((H - 0.1 * H) / W) * $1 + 0.1 * H
+                if ($2 < y - 0.05 * H - 2 || $2 > y + 2) n++
+            }
+            END { print n + 0 }'
+}

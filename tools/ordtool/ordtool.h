@@ -48,3 +48,5 @@ bool ordtool_read_ord(const char *text, Ord *out);
 int ordtool_print(int argc, char **argv);
 int ordtool_expand(int argc, char **argv);
 int ordtool_cmp(int argc, char **argv);
+int ordtool_line(int argc, char **argv);
+int ordtool_bench(int argc, char **argv);

@@ -18,6 +18,14 @@ static const char usage_text[] =
     "                                               sequence of ORD, one per line\n"
     "  ordtool cmp A B [--arena]                    -1, 0 or 1 as A is below, equal to\n"
     "                                               or above B\n"
+    "  ordtool line --width W [--minsize S] [--zoom-at X --factor F --steps K] [--columns]\n"
+    "                                               the tick pass of a first view W wide:\n"
+    "                                               position, kind and text of each call,\n"
+    "                                               or with --columns column, kind, size;\n"
+    "                                               --zoom-at pans X to the centre and\n"
+    "                                               zooms K times by F (up to 10)\n"
+    "  ordtool bench                                the cost of the tick pass at zoom depths\n"
+    "                                               10^0 to 10^1000, heap and arena\n"
     "ORD is read in psi form: numbers, omega, Omega, Omega_{a}, psi_{a}(b), sums with '+',\n"
     "coefficients '.n', and psi_{0}(I) (the top of the line) standing alone.\n"
     "BITS is six digits 0 or 1 for the toggles n, alpha.n, omega^alpha, epsilon_alpha,\n"
@@ -37,6 +45,10 @@ int main(int argc, char **argv)
         return ordtool_expand(argc, argv);
     if (strcmp(command, "cmp") == 0)
         return ordtool_cmp(argc, argv);
+    if (strcmp(command, "line") == 0)
+        return ordtool_line(argc, argv);
+    if (strcmp(command, "bench") == 0)
+        return ordtool_bench(argc, argv);
     if (strcmp(command, "help") == 0 || strcmp(command, "--help") == 0 ||
         strcmp(command, "-h") == 0) {
         fputs(usage_text, stdout);

@@ -1,0 +1,47 @@
+// The layout of the line: recursive cutting of an interval along the
+// fundamental sequence of its right-hand ordinal.
+//
+// There is no stored layout. An interval between two known positions is cut
+// into sub-intervals whose left ends are the members of the right end's
+// fundamental sequence, each spanning 0.2983 of what is left to the right end,
+// so the ticks converge geometrically on the limit. Only intervals that meet
+// the view are entered, and recursion stops below `minsize` pixels, so the
+// work depends on what is on screen, not on how deep the zoom is.
+#pragma once
+
+#include <stdint.h>
+
+#include "OrdBuchholz/ord.h"
+#include "support/bignum/bignum.h"
+
+// One interval of the line, passed by value. xlo, xhi, ordlo and ordhi are
+// borrowed: a callback must neither free nor keep them (it copies what it
+// wants after it returns).
+struct WalkRecord {
+    Bignum xlo;     // pixel position of the left end
+    Bignum xhi;     // pixel position of the right end
+    float minsize;  // pixels; a narrower interval is not divided
+    float left;     // pixels; left limit of the view to cover
+    float right;    // pixels; right limit of that view
+    Ord ordlo;      // ordinal at xlo: the one a callback is about
+    Ord ordhi;      // ordinal at xhi
+    float yleft;    // screen y of the line at `left` (callbacks only)
+    float yright;   // screen y of the line at `right` (callbacks only)
+    float ticklen;  // tick stroke length in pixels (callbacks only)
+};
+
+// What a pass does at each interval where the recursion stops.
+typedef void (*TickCallback)(WalkRecord r);
+
+// The distance left to xhi shrinks by this factor at each tick; with the
+// weight rounding of Bignum_lincomb the pair acts as 0.7017 and 0.2983.
+constexpr double CONVERGE_RATIO = 0.701703829;
+constexpr double CONVERGE_COMPLEMENT = 0.29829617100000005;
+
+// segment calls past the depth test at present; 0 between walks.
+extern int32_t segment_depth;
+
+// Lays out the interval r and calls fn at every interval where it stops; k
+// counts the first-child steps that led here (0 from the walker). Ends the
+// program with a fatal report if an interval needs over 1000 converging ticks.
+void segment(TickCallback fn, int32_t k, WalkRecord r);

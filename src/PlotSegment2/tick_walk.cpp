@@ -1,0 +1,78 @@
+// The tick walk: walk_line and the per-column recorders.
+#include "PlotSegment2/tick_walk.h"
+
+#include <math.h>
+#include <stdlib.h>
+
+#include "PlotSegment2/tick_classify.h"
+
+int32_t tick_columns = 0;
+float *tick_sizes = nullptr;
+uint32_t *tick_kinds = nullptr;
+
+void tick_arrays_rebuild(float right)
+{
+    free(tick_kinds);
+    free(tick_sizes);
+    tick_columns = (int32_t)right;
+    // at least one element, so a zero-width window still has somewhere to write
+    size_t count = tick_columns > 0 ? (size_t)tick_columns : 1;
+    tick_sizes = (float *)calloc(count, sizeof(float));
+    tick_kinds = (uint32_t *)calloc(count, sizeof(uint32_t));
+}
+
+// Upper bound first, then lower.
+static int32_t clamp_column(double v)
+{
+    double c = floor(v);
+    if (c > tick_columns - 1)
+        c = tick_columns - 1;
+    if (c < 0)
+        c = 0;
+    return (int32_t)c;
+}
+
+void walk_line(TickCallback fn, WalkRecord r)
+{
+    Ord top = Ord_maketop();
+    r.ordlo = Ord_zero();
+    r.ordhi = top;
+    segment(fn, 0, r);
+
+    // the top ordinal gets its tick and label here
+    WalkRecord end = r;
+    end.xlo = r.xhi;
+    end.ordlo = top;
+    fn(end);
+
+    if (!ord_arena)
+        Ord_free(top);
+}
+
+void tick_record(WalkRecord r)
+{
+    // `left` in, `right` out (the size recorder takes it the other way round)
+    if (Bignum_ltd(r.xlo, r.left) || Bignum_ged(r.xlo, r.right))
+        return;
+    tick_size_record(r);
+    float x = Bignum_tofloat(r.xlo);
+    double v = (double)(x - r.left) + 0.5;
+    int32_t column = clamp_column(v);
+    // the highest kind wins a column, a later one on a tie
+    uint32_t kind = tick_classify(r.ordlo);
+    if (kind >= tick_kinds[column])
+        tick_kinds[column] = kind;
+}
+
+void tick_size_record(WalkRecord r)
+{
+    if (Bignum_led(r.xlo, r.left) || Bignum_gtd(r.xlo, r.right))
+        return;
+    double x = Bignum_todouble(r.xlo);
+    Bignum D = Bignum_lincomb(r.xhi, r.xlo, 1.0, -1.0);
+    double size = Bignum_todouble(D);
+    Bignum_free(D);
+    int32_t column = clamp_column((0.5 - r.left) + x);
+    double largest = tick_sizes[column] > size ? tick_sizes[column] : size;
+    tick_sizes[column] = (float)largest;
+}

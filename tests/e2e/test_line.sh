@@ -1,0 +1,74 @@
+#!/usr/bin/env bash
+# The first view of the line: every column that the headless tick pass lists
+# has a stroke of its kind's colour under the brightness rule, and no stroke
+# stands where the list has none. Holding M (the arena) gives the same picture.
+. "$(dirname "$0")/lib.sh"
+
+W=864 H=648
+"$ORDTOOL" line --width $W --columns >"$E2E_DIR/columns.txt" || { fail "ordtool line"; e2e_finish; }
+check "the tick pass lists columns" [ -s "$E2E_DIR/columns.txt" ]
+
+app_start || exit 1
+img=$(shot first)
+window_pixels "$img" $W $H >"$E2E_DIR/pixels.txt"
+
+# Expected colour of each listed column, then a look at the stroke's middle
+# row in that column or one beside it.
+awk -v W=$W -v H=$H '
+    BEGIN {
+        # the kind colours 0x808080, 0xa00000, ... 0x404040 as channels
+        split("128 128 128 160 0 0 255 160 0 255 255 0 255 255 255 0 255 0 0 255 255 255 0 255 0 0 255 64 64 64", rgb, " ")
+        for (k = 1; k <= 10; k++)
+            for (i = 0; i < 3; i++)
+                colour[k, i] = rgb[(k - 1) * 3 + i + 1]
+        scale = (1.0 / log(W)) * 256.0
+        yleft = 0.1 * H; ticklen = 0.05 * H
+    }
+    FNR == NR { kind[$1] = $2; size[$1] = $3; next }
+    { px[$1, $2] = $3 " " $4 " " $5 }
+    END {
+        bad = 0; checked = 0
+        for (c in kind) {
+            t = int(log(size[c] + 1.0) * scale + 128.0)
+            for (i = 0; i < 3; i++) {
+                ch = colour[kind[c], i]
+                if (t <= 255) want[i] = int(ch * t / 255)
+                else { u = t - 256; if (u > 128) u = 128; want[i] = 255 - int((255 - ch) * (255 - u) / 255) }
+            }
+            y = int(((H - yleft) / W) * c + yleft - ticklen / 2)
+            found = 0
+            for (dc = -1; dc <= 1 && !found; dc++) {
+                split(px[c + dc, y], got, " ")
+                if ((c + dc, y) in px && abs(got[1] - want[0]) <= 2 && abs(got[2] - want[1]) <= 2 && abs(got[3] - want[2]) <= 2)
+                    found = 1
+            }
+            checked++
+            if (!found) { bad++; if (bad <= 5) printf "column %d kind %d: want %d,%d,%d at y %d, got %s\n", c, kind[c], want[0], want[1], want[2], y, px[c, y] }
+        }
+        # where the list has nothing within a pixel, the stroke rows stay dark
+        stray = 0
+        for (c = 0; c < W; c++) {
+            if ((c in kind) || ((c - 1) in kind) || ((c + 1) in kind) || c == W / 2) continue
+            y = int(((H - yleft) / W) * c + yleft - ticklen / 2)
+            if (px[c, y] != "0 0 0") { stray++; if (stray <= 5) printf "stray stroke at column %d: %s\n", c, px[c, y] }
+        }
+        printf "%d listed columns checked, %d without their stroke, %d stray strokes\n", checked, bad, stray
+        exit (bad > 0 || stray > 0 || checked < 50)
+    }
+    function abs(v) { return v < 0 ? -v : v }
+' "$E2E_DIR/columns.txt" "$E2E_DIR/pixels.txt"
+check "strokes stand where the tick pass puts them, in their colours" [ $? -eq 0 ]
+
+# the arena regime draws the same line
+app_focus
+xdotool keydown m
+sleep 0.5
+img_m=$(shot arena)
+xdotool keyup m
+window_pixels "$img_m" $W $H >"$E2E_DIR/pixels_m.txt"
+check "holding M gives the same picture" cmp -s "$E2E_DIR/pixels.txt" "$E2E_DIR/pixels_m.txt"
+
+app_key q
+app_wait_exit 2
+check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
+e2e_finish

@@ -1,0 +1,131 @@
+// ordtool bench: the cost of the tick pass at several zoom depths, on the
+// heap and in the arena.
+//
+// Each measurement runs in a child process of its own, so that one that
+// runs away (a pass over 2 seconds, or over 1 GiB more memory) can be given up
+// without taking the table down; it is then printed as ms=>2000.
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "OrdBuchholz/memstack.h"
+#include "PlotSegment2/tick_classify.h"
+#include "PlotSegment2/tick_walk.h"
+#include "tools/ordtool/ordtool.h"
+#include "tools/ordtool/ordtool_view.h"
+
+// Window width of every measurement, and the passes per median.
+constexpr double BENCH_WIDTH = 1280.0;
+constexpr int32_t BENCH_PASSES = 21;
+constexpr int32_t BENCH_GIVE_UP_SECONDS = 2;
+constexpr rlim_t BENCH_MEMORY_LIMIT = (rlim_t)1 << 30;
+
+static const int32_t bench_depths[] = {0, 10, 20, 50, 100, 200, 1000};
+static const double bench_targets[] = {700.0, 1000.0, 1150.0};
+
+// Callback calls of the pass being timed.
+static int64_t bench_ticks;
+
+static void bench_tick(WalkRecord r)
+{
+    bench_ticks++;
+    tick_record(r);
+}
+
+static double monotonic_ms()
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return ts.tv_sec * 1e3 + ts.tv_nsec * 1e-6;
+}
+
+static int compare_doubles(const void *a, const void *b)
+{
+    double x = *(const double *)a, y = *(const double *)b;
+    return x < y ? -1 : x > y;
+}
+
+// In the child: time the passes and write "median ticks" to fd.
+static void bench_measure(int fd, int32_t depth, double target, bool arena)
+{
+    struct rlimit limit;
+    getrlimit(RLIMIT_AS, &limit);
+    struct rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    // what the process holds now, plus the allowance
+    limit.rlim_cur = (rlim_t)usage.ru_maxrss * 1024 + BENCH_MEMORY_LIMIT + ((rlim_t)256 << 20);
+    setrlimit(RLIMIT_AS, &limit);
+
+    ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth};
+    WalkRecord record = view_setup_record(&setup);
+    static MemStack stack;
+    memstack_init(&stack);
+
+    double times[BENCH_PASSES];
+    for (int32_t i = 0; i < BENCH_PASSES; i++) {
+        alarm(BENCH_GIVE_UP_SECONDS);
+        if (arena)
+            ord_arena = &stack;
+        bench_ticks = 0;
+        double start = monotonic_ms();
+        tick_arrays_rebuild(record.right);
+        walk_line(bench_tick, record);
+        times[i] = monotonic_ms() - start;
+        if (arena) {
+            memstack_rewind(&stack);
+            ord_arena = nullptr;
+        }
+        alarm(0);
+    }
+    qsort(times, BENCH_PASSES, sizeof(double), compare_doubles);
+    char result[64];
+    int len = snprintf(result, sizeof result, "%.3f %lld", times[BENCH_PASSES / 2], (long long)bench_ticks);
+    if (write(fd, result, (size_t)len) != len)
+        _exit(1);
+    _exit(0);
+}
+
+int ordtool_bench(int argc, char **)
+{
+    if (argc > 2)
+        return ordtool_fail("bench takes no arguments");
+    // the classification constants must stand on the heap before any arena pass
+    tick_classify(Ord_zero());
+    fflush(stdout);
+    for (int32_t depth : bench_depths) {
+        for (double target : bench_targets) {
+            for (int mode = 0; mode < 2; mode++) {
+                int fds[2];
+                if (pipe(fds) != 0)
+                    return ordtool_fail("cannot make a pipe");
+                pid_t child = fork();
+                if (child == 0) {
+                    close(fds[0]);
+                    bench_measure(fds[1], depth, target, mode == 1);
+                }
+                close(fds[1]);
+                char result[64] = {};
+                ssize_t got = read(fds[0], result, sizeof result - 1);
+                close(fds[0]);
+                int status = 0;
+                waitpid(child, &status, 0);
+                double ms = 0;
+                long long ticks = 0;
+                bool done = got > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0 &&
+                            sscanf(result, "%lf %lld", &ms, &ticks) == 2;
+                printf("depth=10^%d target=%.0f mode=%s pass=tick ", depth, target,
+                       mode ? "arena" : "heap");
+                if (done)
+                    printf("ms=%.3f ticks=%lld\n", ms, ticks);
+                else
+                    printf("ms=>%d000 ticks=?\n", BENCH_GIVE_UP_SECONDS);
+                fflush(stdout);
+            }
+        }
+    }
+    return 0;
+}
