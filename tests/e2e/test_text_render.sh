@@ -96,5 +96,19 @@ check "software mipmaps match the driver's within $TOLERANCE pixels, $diff diffe
 probe_quit
 app_wait_exit 2
 check "Q ends the second probe with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
+
+# A paragraph wrapped at x = 320: whole words move to the next line, which is
+# one line height (25 + 1) lower; the last line starts at y 72.
+printf '#!/bin/sh\nexec "%s" --bounded\n' "$TEXT_PROBE" > bounded.sh
+chmod +x bounded.sh
+ORDLINE=$PWD/bounded.sh
+app_start || exit 1
+para=$(probe_shot bounded)
+check "text_draw_bounded returns the y of its third line" grep -qx "bounded 72" stdout.txt
+read -r left top right bottom <<<"$(ink_box "$para" 1000 400 0 0)"
+check "the paragraph stays left of 320, ink from $left to $right" [ "$left" -ge 20 -a "$right" -le 320 ]
+check "the paragraph takes three lines, ink rows $top to $bottom" [ "$top" -ge 20 -a "$bottom" -gt 80 -a "$bottom" -le 100 ]
+probe_quit
+app_wait_exit 2
 check "no error log" [ ! -e graphics_error.log ]
 e2e_finish

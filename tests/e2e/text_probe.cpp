@@ -1,10 +1,12 @@
 // text_probe: draws three ordinal labels at 25 and at 50 pixels through the
 // text engine, in the text bracket, for the end-to-end test of text.
 //
-// Usage: text_probe [--software-mipmaps]. Opens a 1000 by 400 window at the
+// Usage: text_probe [--software-mipmaps | --bounded]. Opens a 1000 by 400 window at the
 // top left, loads the embedded font, and prints one line per label:
 // "label SIZE X Y WIDTH" with the width that text_width gives, the texture
-// size, and "drawn" once the labels are on the screen. Redraws until
+// size, and "drawn" once the labels are on the screen. With --bounded it
+// draws instead one paragraph wrapped at x = 320 and prints "bounded Y" with
+// the y that text_draw_bounded returns. Redraws until
 // Q, Escape or the closing of the window.
 #include <stdio.h>
 #include <string.h>
@@ -35,6 +37,8 @@ struct Placed {
 };
 
 Placed placed[6];
+bool bounded = false;
+char paragraph[512];
 
 // Labels are expanded with the font they are drawn in already selected.
 void place(Placed *p, const char *label, int size, float x, float y, uint32_t colour)
@@ -54,6 +58,17 @@ void place(Placed *p, const char *label, int size, float x, float y, uint32_t co
 
 void draw_all()
 {
+    if (bounded) {
+        font_select("fullsize:scale=25px");
+        text_begin();
+        float end = text_draw_bounded(paragraph, 0xffffff, 20, 20, 320, 0);
+        text_close();
+        static bool told = false;
+        if (!told)
+            printf("bounded %.0f\n", end);
+        told = true;
+        return;
+    }
     for (const Placed &p : placed) {
         char spec[64];
         snprintf(spec, sizeof spec, "fullsize:scale=%dpx", p.size);
@@ -70,6 +85,10 @@ int main(int argc, char **argv)
 {
     if (argc > 1 && !strcmp(argv[1], "--software-mipmaps"))
         has_generate_mipmap = 0;
+    bounded = argc > 1 && !strcmp(argv[1], "--bounded");
+    snprintf(paragraph, sizeof paragraph, "%s",
+             "The towers of omega reach epsilon, and psi below Omega goes beyond all of them");
+    greek_expand(paragraph);
     if (!GRAPHICS(1000, 400, "Ordinal numbers text probe"))
         return 1;
     loadfont_embedded("fullsize");

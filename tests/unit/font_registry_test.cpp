@@ -272,17 +272,6 @@ TEST_F(FontRegistry, FrameRebuildKeepsTheVariants)
     EXPECT_TRUE(deleted_textures.empty());
 }
 
-TEST_F(FontRegistry, PickRandomStaysInTheList)
-{
-    font_clone(root);
-    font_clone(root);
-    std::set<Font *> seen;
-    srand(1);
-    for (int i = 0; i < 300; i++)
-        seen.insert(font_pick_random());
-    EXPECT_EQ(seen, (std::set<Font *>{fonts[0], fonts[1], fonts[2]}));
-}
-
 TEST_F(FontRegistry, ParseWithoutAnyFontMakesAPlaceholder)
 {
     empty_registry();
