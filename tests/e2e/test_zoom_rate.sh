@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Shift and Ctrl change the zoom rate. The leftmost green stroke (epsilon_0,
+# a few pixels right of the marker in the first view) moves out to
+# 432 + 5.3 * factor, so the same hold with Ctrl, plain and Shift must leave
+# it ever further right (with Shift it leaves the window).
+. "$(dirname "$0")/lib.sh"
+
+W=864 H=648
+leftmost_green() {
+    window_pixels "$1" $W $H |
+        awk -v W=$W '$1 > W / 2 && $4 > $3 + 60 && $3 == $5 { if (min == "" || $1 < min) min = $1 } END { print (min == "" ? W : min) }'
+}
+
+position_after() {  # position_after KEYS
+    app_start || exit 1
+    local x
+    x=$(leftmost_green "$(shot "start-$1")")
+    check "$1: epsilon_0 starts just right of the marker ($x)" [ "$x" -ge 433 ] && [ "$x" -le 442 ]
+    app_hold "$1" 0.5
+    POSITION=$(leftmost_green "$(shot "after-$1")")
+    app_key q
+    app_wait_exit 5
+}
+
+position_after ctrl+z
+slow=$POSITION
+position_after z
+plain=$POSITION
+position_after shift+z
+fast=$POSITION
+check "Ctrl zooms slower than plain Z ($slow < $plain)" [ "$slow" -lt "$plain" ]
+check "Shift zooms faster than plain Z ($plain < $fast)" [ "$plain" -lt "$fast" ]
+check "Ctrl still zooms ($slow > 437)" [ "$slow" -gt 437 ]
+e2e_finish
