@@ -80,10 +80,13 @@ app_focus() {
     xdotool windowfocus --sync "$WID" 2>/dev/null || xdotool windowfocus "$WID"
 }
 
-# Sends one key press and release to the window.
+# Presses one key and releases it a little later: the program reads keys
+# once per frame, so a press and release within one pump would never show.
 app_key() {
     app_focus
-    xdotool key --clearmodifiers "$1"
+    xdotool keydown "$1"
+    sleep 0.15
+    xdotool keyup "$1"
 }
 
 # Waits up to $1 seconds for the program to end. Sets EXIT_RESULT to
