@@ -57,7 +57,8 @@ app_start() {
     "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
     APP_PID=$!
     local i
-    for i in $(seq 1 100); do
+    # generous: a loaded machine can take many seconds to map a GL window
+    for i in $(seq 1 300); do
         WID=$(xdotool search --pid "$APP_PID" --name "Ordinal numbers" 2>/dev/null | head -n 1)
         if [ -n "$WID" ]; then
             # let the first frames reach the screen
@@ -71,7 +72,8 @@ app_start() {
         fi
         sleep 0.1
     done
-    echo "no ordline window after 10 seconds"
+    echo "no ordline window after 30 seconds; windows named so: $(xdotool search --name "Ordinal numbers" 2>/dev/null | tr '\n' ' ')"
+    cat "$E2E_DIR/stdout.txt"
     return 1
 }
 
