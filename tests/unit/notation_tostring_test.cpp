@@ -1,5 +1,5 @@
 // Notation: the tables of texts, the top in every row, coefficients, the
-// placeholder, the release of temporaries, and the named ordinals.
+// placeholder, and the named ordinals.
 #include <gtest/gtest.h>
 
 #include "OrdBuchholz/ord_arith.h"
@@ -75,18 +75,6 @@ TEST_P(Notation, PlaceholderAndMarkerPrintAsLetters)
     Ord_freearray(t);
     Ord top = pool.read("psi_{0}(I)");
     EXPECT_EQ(text_of(top.terms[0].arg), "I");
-}
-
-TEST_P(Notation, TemporariesLeaveNoTraceInTheArenaOnlyWhenOn)
-{
-    Ord x = pool.read("psi_{0}(psi_{1}(Omega.2)+psi_{1}(Omega))");
-    char *before = ord_arena ? ord_arena->top : nullptr;
-    text_of(x);
-    // the conversions build their ordinals with Ord_alloc: in the arena they
-    // stay, on the heap they are released (LeakSanitizer checks that)
-    if (ord_arena) {
-        EXPECT_GT(ord_arena->top, before);
-    }
 }
 
 TEST_P(Notation, NamedOrdinalsAreFoundByTheirText)

@@ -44,6 +44,16 @@ void ordtool_memory_mode(bool arena);
 // returns false. The value owns its arrays (Ord_free).
 bool ordtool_read_ord(const char *text, Ord *out);
 
+// Longest text, in bytes, that print and expand are willing to write for one
+// ordinal. With "alpha.n" off a term is written once per unit of its
+// coefficient, so omega.4000000000 would be tens of gigabytes.
+constexpr double ORDTOOL_MAX_TEXT = 64e6;
+
+// False, with a message, if the text of x in `row` could exceed
+// ORDTOOL_MAX_TEXT. The bound is generous: it allows each coefficient one more
+// than it has, since the notation's conversions may merge a term into it.
+bool ordtool_text_fits(Ord x, const NotationRow *row);
+
 // The commands; each returns the exit status.
 int ordtool_print(int argc, char **argv);
 int ordtool_expand(int argc, char **argv);

@@ -96,3 +96,33 @@ bool ordtool_read_ord(const char *text, Ord *out)
     ordtool_fail("cannot read '%s': %s", text, error.message);
     return false;
 }
+
+// An upper bound on the bytes of x's text: each term costs its own letters
+// (at most 32 with its number) plus its sub and arg, times the number of
+// times it is written.
+static double text_bound(Ord x, const NotationRow *row)
+{
+    double bytes = 1;
+    for (uint32_t i = 0; i < x.count; i++) {
+        const OrdTerm *t = &x.terms[i];
+        // numbers (with "n" on), I and the placeholder are written once
+        bool once = row->toggle[TOGGLE_DOT] || t->coef == ORD_COEF_I || t->coef == 0 ||
+                    (row->toggle[TOGGLE_N] && OrdTerm_isfinite(t));
+        double times = once ? 1 : (double)t->coef + 1;
+        bytes += times * (32 + text_bound(t->sub, row) + text_bound(t->arg, row));
+        // stop early: the bound only needs to pass the limit
+        if (bytes > ORDTOOL_MAX_TEXT)
+            return bytes;
+    }
+    return bytes;
+}
+
+bool ordtool_text_fits(Ord x, const NotationRow *row)
+{
+    if (text_bound(x, row) <= ORDTOOL_MAX_TEXT)
+        return true;
+    ordtool_fail("the text would be too long with alpha.n off (over %.0f bytes); "
+                 "turn alpha.n on in --row",
+                 ORDTOOL_MAX_TEXT);
+    return false;
+}

@@ -36,6 +36,12 @@ int ordtool_expand(int argc, char **argv)
         return ORDTOOL_FAILED;
     }
 
+    // members carry x's coefficients, and coefficients below N of their own
+    if (!ordtool_text_fits(x, &args.row)) {
+        Ord_free(x);
+        return ORDTOOL_FAILED;
+    }
+
     OrdExpansion e = Ord_expandfresh(x, (int32_t)n);
     for (int32_t i = 0; i < e.n; i++) {
         char *text = Ord_tostring(e.seq[i], &args.row);

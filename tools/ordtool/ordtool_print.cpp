@@ -14,6 +14,10 @@ int ordtool_print(int argc, char **argv)
     Ord x;
     if (!ordtool_read_ord(args.positional[0], &x))
         return ORDTOOL_FAILED;
+    if (!ordtool_text_fits(x, &args.row)) {
+        Ord_free(x);
+        return ORDTOOL_FAILED;
+    }
     char *text = Ord_tostring(x, &args.row);
     printf("%s\n", text);
     free(text);

@@ -138,6 +138,9 @@ refuse "row on cmp" "not an option" cmp 1 2 --row 111111
 refuse "missing" "missing arguments" cmp 1
 refuse "too many" "too many arguments" print 1 2
 refuse "unknown option" "unknown option" print 1 --fast
+refuse "huge text" "too long" print 'omega.4000000000' --row 101111
+refuse "huge members" "too long" expand 'omega.4000000000+omega' 2 --row 101111
+check "big coefficient with alpha.n" 'omega.4000000000' print 'omega.4000000000'
 refuse "unknown command" "unknown command" frobnicate
 # no arguments: the usage on stderr, status 2
 out=$("$tool" 2>&1 >/dev/null)
