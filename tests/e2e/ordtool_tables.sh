@@ -1,8 +1,8 @@
 #!/bin/sh
 # ordtool from the outside: every row of the tables of telling sequences and
 # texts through print, expand and cmp, in heap and in arena mode, and the
-# refusals with their status. Usage: ordtool_test.sh PATH_TO_ORDTOOL
-tool=${1:?usage: ordtool_test.sh PATH_TO_ORDTOOL}
+# refusals with their status. Usage: ordtool_tables.sh PATH_TO_ORDTOOL
+tool=${1:?usage: ordtool_tables.sh PATH_TO_ORDTOOL}
 passed=0
 failed=0
 
