@@ -1,4 +1,4 @@
-// Font registry: parsing of specification texts, variants, selection.
+// Font registry: parsing of font request texts, variants, selection.
 #include "support/bitmapfonts/font_registry.h"
 
 #include <math.h>
@@ -125,7 +125,7 @@ static Font *font_make_placeholder(const char *name)
     return f;
 }
 
-// Applies one item "key" or "key=value" of a specification text.
+// Applies one item "key" or "key=value" of a font request text.
 static void font_parse_item(FontSpec *spec, const char *key, const char *value)
 {
     // a key that takes a value and has none reads it as 0, like an unreadable one
@@ -283,7 +283,7 @@ Font *font_resolve(FontSpec spec)
     v->scale_y = spec.scale_y;
     v->skew = spec.skew;
     v->boldness = spec.boldness;
-    // the variant's name reads as its own specification
+    // the variant's name reads as its own font request
     if (v->scale_x != 1.0f)
         v->name = name_append(v->name, ":width=%g", v->scale_x);
     if (v->scale_y != 1.0f)

@@ -93,7 +93,7 @@ FontSpec font_spec_of(const Font *font);
 // Bytewise equality of two specs.
 bool FontSpec_equal(const FontSpec &a, const FontSpec &b);
 
-// ---- specification texts ----
+// ---- font request texts ----
 // Fills spec from a text "name:item:key=value...". An unknown or empty name
 // means the root in use with default scales; unknown keys are ignored; a
 // value strtod cannot read counts as 0.
@@ -110,7 +110,7 @@ Font *font_clone(const Font *font);
 void font_delete(Font *font);
 
 // ---- selection ----
-// Makes the named font (or the font a specification text asks for) current.
+// Makes the named font (or the font a request text asks for) current.
 void font_select(const char *name);
 // Makes the font of spec current; returns at once when spec is the last one asked.
 void font_select_spec(FontSpec spec);
