@@ -52,9 +52,10 @@ e2e_finish() {
     exit 0
 }
 
-# Starts ordline and waits for its window; sets APP_PID and WID.
+# Starts ordline and waits for its window; sets APP_PID and WID. SDL is held
+# to X11, so a refused connection fails here instead of drawing offscreen.
 app_start() {
-    "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
+    SDL_VIDEODRIVER=x11 "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
     APP_PID=$!
     local i
     # generous: a loaded machine can take many seconds to map a GL window
