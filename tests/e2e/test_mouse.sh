@@ -63,8 +63,11 @@ deep=$(shot deep)
 deep_cols=$(stroke_columns "$deep" $W $H | wc -l)
 check "strokes stand in the deep view ($deep_cols columns)" [ "$deep_cols" -gt 20 ]
 
-app_key Escape
+# deep frames are slow: hold Escape long enough for a pump to see it down
+app_focus
+xdotool keydown Escape
 app_wait_exit 10
+xdotool keyup Escape
 check "Escape ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 check "no error log" [ ! -e graphics_error.log ]
 e2e_finish
