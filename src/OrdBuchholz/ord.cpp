@@ -21,6 +21,13 @@ Ord Ord_alloc1()
     return Ord_alloc(1);
 }
 
+Ord Ord_term(uint32_t coef, Ord sub, Ord arg)
+{
+    Ord x = Ord_alloc1();
+    x.terms[0] = OrdTerm{coef, sub, arg};
+    return x;
+}
+
 void Ord_freearray(Ord x)
 {
     if (ord_arena || x.count == 0)
@@ -71,12 +78,9 @@ bool Ord_isfinite(Ord x)
 
 Ord Ord_maketop()
 {
-    Ord inner = Ord_alloc1();
-    inner.terms[0] = OrdTerm{ORD_COEF_I, Ord_zero(), Ord_zero()};
-    Ord marker = Ord_alloc1();
-    marker.terms[0] = OrdTerm{ORD_COEF_I, inner, Ord_zero()};
-    Ord top = Ord_alloc1();
-    top.terms[0] = OrdTerm{1, Ord_zero(), marker};
+    Ord inner = Ord_term(ORD_COEF_I, Ord_zero(), Ord_zero());
+    Ord marker = Ord_term(ORD_COEF_I, inner, Ord_zero());
+    Ord top = Ord_term(1, Ord_zero(), marker);
     return top;
 }
 

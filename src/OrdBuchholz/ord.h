@@ -62,6 +62,9 @@ extern MemStack *ord_arena;
 Ord Ord_alloc(uint32_t n);
 // An ordinal of one uninitialised term.
 Ord Ord_alloc1();
+// The one-term ordinal (coef, sub, arg) in a new top array (Ord_alloc1, so in
+// the arena while it is active); sub and arg are shared, not copied.
+Ord Ord_term(uint32_t coef, Ord sub, Ord arg);
 // Frees only the top array; nothing under the arena or for 0.
 void Ord_freearray(Ord x);
 // Frees every array at every depth; nothing under the arena or for 0. Only for

@@ -33,14 +33,6 @@ static Ord concat_terms(Ord head, Ord m)
     return r;
 }
 
-// A new one-term ordinal (coef, sub, arg).
-static Ord term_new(uint32_t coef, Ord sub, Ord arg)
-{
-    Ord r = Ord_alloc1();
-    r.terms[0] = OrdTerm{coef, sub, arg};
-    return r;
-}
-
 // Replaces every member m of r by head followed by m; m moves to keep, so that
 // each array still stands exactly once.
 static void members_prefix(OrdExpansion *r, Ord head)
@@ -76,7 +68,7 @@ static OrdExpansion expand_omega(Ord a, int32_t n)
     for (int32_t i = 1; i < n; i++) {
         Ord s = Ord_substitute(tmpl, r.seq[i - 1], &r.keep);
         DynArray_append(&r.keep, &s);
-        r.seq[i] = term_new(1, p, s);
+        r.seq[i] = Ord_term(1, p, s);
     }
     Ord_free(tmpl);
     return r;
@@ -95,8 +87,8 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
     if (first->coef == ORD_COEF_I) {
         OrdExpansion r = expansion_new(n);
         for (int32_t i = 0; i < n; i++)
-            r.seq[i] = i == 0 ? term_new(1, Ord_zero(), Ord_zero())
-                              : term_new(1, r.seq[i - 1], Ord_zero());
+            r.seq[i] = i == 0 ? Ord_term(1, Ord_zero(), Ord_zero())
+                              : Ord_term(1, r.seq[i - 1], Ord_zero());
         return r;
     }
 
@@ -113,8 +105,8 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
 
     // a multiple c.t: (c - 1).t stays, one t is expanded
     if (first->coef > 1) {
-        Ord one = term_new(1, first->sub, first->arg);
-        Ord rest = term_new(first->coef - 1, first->sub, first->arg);
+        Ord one = Ord_term(1, first->sub, first->arg);
+        Ord rest = Ord_term(first->coef - 1, first->sub, first->arg);
         OrdExpansion r = Ord_expand(one, n);
         DynArray_append(&r.keep, &one);
         members_prefix(&r, rest);
@@ -132,7 +124,7 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         Ord p = Ord_pred(b);
         DynArray_append(&r.keep, &p);
         for (int32_t i = 0; i < n; i++)
-            r.seq[i] = i == 0 ? Ord_zero() : term_new((uint32_t)i, a, p);
+            r.seq[i] = i == 0 ? Ord_zero() : Ord_term((uint32_t)i, a, p);
         return r;
     }
 
@@ -141,7 +133,7 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         OrdExpansion r = Ord_expand(b, n);
         for (int32_t i = 0; i < r.n; i++) {
             DynArray_append(&r.keep, &r.seq[i]);
-            r.seq[i] = term_new(1, a, r.seq[i]);
+            r.seq[i] = Ord_term(1, a, r.seq[i]);
         }
         return r;
     }
@@ -151,7 +143,7 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         OrdExpansion r = Ord_expand(a, n);
         for (int32_t i = 0; i < r.n; i++) {
             DynArray_append(&r.keep, &r.seq[i]);
-            r.seq[i] = term_new(1, r.seq[i], Ord_zero());
+            r.seq[i] = Ord_term(1, r.seq[i], Ord_zero());
         }
         return r;
     }

@@ -90,13 +90,6 @@ static uint64_t read_number(OrdReader *r)
 
 // ---- building values that own all their arrays ----
 
-static Ord one_term(uint32_t coef, Ord sub, Ord arg)
-{
-    Ord x = Ord_alloc1();
-    x.terms[0] = OrdTerm{coef, sub, arg};
-    return x;
-}
-
 // acc + term as Ord_add computes it, with acc and term consumed: the arrays of
 // absorbed terms are released, so the sum still owns exactly what it holds.
 // Returns false, consuming nothing, if a merged coefficient would overflow.
@@ -176,7 +169,7 @@ static Ord read_psi(OrdReader *r, uint32_t start)
         t.arg = Ord_clone(c.arg);
         Ord_free(arg);
     }
-    Ord x = one_term(1, t.sub, t.arg);
+    Ord x = Ord_term(1, t.sub, t.arg);
     if (!Ord_isnormal(x)) {
         reader_fail(r, start,
                     "this psi term is not in normal form (a psi inside its argument, "
@@ -196,18 +189,18 @@ static Ord read_atom(OrdReader *r)
 
     if (is_digit(c)) {
         uint64_t n = read_number(r);
-        return n ? one_term((uint32_t)n, Ord_zero(), Ord_zero()) : Ord_zero();
+        return n ? Ord_term((uint32_t)n, Ord_zero(), Ord_zero()) : Ord_zero();
     }
     if (accept(r, "omega")) {
         if (r->text[r->pos] == '^') {
             reader_fail(r, r->pos, "omega^{...} is not read: write the power in psi form");
             return Ord_zero();
         }
-        return one_term(1, Ord_zero(), one_term(1, Ord_zero(), Ord_zero()));
+        return Ord_term(1, Ord_zero(), Ord_term(1, Ord_zero(), Ord_zero()));
     }
     if (accept(r, "Omega")) {
         if (!accept(r, "_"))
-            return one_term(1, one_term(1, Ord_zero(), Ord_zero()), Ord_zero());
+            return Ord_term(1, Ord_term(1, Ord_zero(), Ord_zero()), Ord_zero());
         if (++r->depth > ORD_PARSE_MAX_DEPTH) {
             reader_fail(r, start, "nested more than 200 levels deep");
             return Ord_zero();
@@ -219,7 +212,7 @@ static Ord read_atom(OrdReader *r)
             return Ord_zero();
         }
         // Omega_a = psi_a(0) is always in normal form
-        return one_term(1, sub, Ord_zero());
+        return Ord_term(1, sub, Ord_zero());
     }
     if (accept(r, "psi_")) {
         if (++r->depth > ORD_PARSE_MAX_DEPTH) {

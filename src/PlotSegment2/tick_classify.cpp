@@ -15,11 +15,7 @@ static Ord ord_Omega, ord_Omega_squared, ord_Omega_to_Omega;
 // A one-term ordinal (1, psi_1, arg), with a term of its own for the 1.
 static Ord psi_one_of(Ord arg)
 {
-    Ord one = Ord_alloc1();
-    one.terms[0] = OrdTerm{1, Ord_zero(), Ord_zero()};
-    Ord x = Ord_alloc1();
-    x.terms[0] = OrdTerm{1, one, arg};
-    return x;
+    return Ord_term(1, Ord_term(1, Ord_zero(), Ord_zero()), arg);
 }
 
 static void classify_constants()
@@ -59,8 +55,7 @@ uint32_t tick_classify(Ord x)
         return KIND_BACHMANN_HOWARD;
 
     // psi_1 of L's argument, with L's own coefficient dropped
-    Ord y = Ord_alloc1();
-    y.terms[0] = OrdTerm{1, L->sub, L->arg};
+    Ord y = Ord_term(1, L->sub, L->arg);
     uint32_t kind = KIND_FEFERMAN_SCHUTTE;
     if (Ord_cmp(y, ord_Omega_squared) < 0)
         kind = KIND_EPSILON;

@@ -55,21 +55,13 @@ static bool row_on(const NotationRow *row, NotationToggle toggle)
     return row->toggle[toggle] != 0;
 }
 
-// A new one-term ordinal (coef, sub, arg); shares sub and arg.
-static Ord term_new(uint32_t coef, Ord sub, Ord arg)
-{
-    Ord r = Ord_alloc1();
-    r.terms[0] = OrdTerm{coef, sub, arg};
-    return r;
-}
-
 // psi_a(head) when head is not 0; psi_a(0) = Omega_a when it is, except that
 // Omega_0 is left out (0). Both forms split off this P.
 static Ord split_head(Ord a, Ord head)
 {
     if (head.count)
-        return term_new(1, a, head);
-    return a.count ? term_new(1, a, Ord_zero()) : Ord_zero();
+        return Ord_term(1, a, head);
+    return a.count ? Ord_term(1, a, Ord_zero()) : Ord_zero();
 }
 
 // ---- the choice of form ----
@@ -98,8 +90,8 @@ NotationForm notation_form(const OrdTerm *t, const NotationRow *row)
     Ord S = Ord_succ(a);
     NotationForm form = FORM_PSI;
     if (Ord_cmp(last->sub, S) == 0) {
-        Ord om = term_new(1, S, Ord_zero());
-        Ord om2 = term_new(1, S, om);
+        Ord om = Ord_term(1, S, Ord_zero());
+        Ord om2 = Ord_term(1, S, om);
         // no fall-back from one classical form to another
         if (Ord_cmp(last->arg, om) < 0)
             form = row_on(row, TOGGLE_EPSILON) ? FORM_EPSILON : FORM_PSI;
@@ -168,7 +160,7 @@ static Ord notation_index(Ord a, Ord b, Ord S, Ord B0, TailRewrite rewrite)
 Ord notation_epsilon_index(const OrdTerm *t)
 {
     Ord S = Ord_succ(t->sub);
-    Ord om = term_new(1, S, Ord_zero());
+    Ord om = Ord_term(1, S, Ord_zero());
     Ord A = notation_index(t->sub, t->arg, S, om, REWRITE_EPSILON);
     Ord_freearray(om);
     Ord_freearray(S);
@@ -178,7 +170,7 @@ Ord notation_epsilon_index(const OrdTerm *t)
 void notation_varphi_indices(const OrdTerm *t, Ord *A, Ord *B)
 {
     Ord S = Ord_succ(t->sub);
-    Ord om = term_new(1, S, Ord_zero());
+    Ord om = Ord_term(1, S, Ord_zero());
     Ord X = Ord_lastterm(t->arg)->arg;
 
     // first index: the terms of X at subscript S, moved to subscript 0;
