@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include "PlotSegment2/tick_classify.h"
+#include "support/gl/screen.h"
 
 int32_t tick_columns = 0;
 float *tick_sizes = nullptr;
@@ -30,6 +31,15 @@ static int32_t clamp_column(double v)
     if (c < 0)
         c = 0;
     return (int32_t)c;
+}
+
+void walk_record_screen(WalkRecord *record)
+{
+    record->left = 0.0f;
+    record->right = (float)screen_w;
+    record->yleft = (float)(0.1 * screen_h);
+    record->yright = (float)screen_h;
+    record->ticklen = (float)(0.05 * screen_h);
 }
 
 void walk_line(TickCallback fn, WalkRecord r)

@@ -17,6 +17,11 @@ extern uint32_t *tick_kinds;
 // are heap blocks that live until the next rebuild.
 void tick_arrays_rebuild(float right);
 
+// The screen-dependent fields of a walk record, from screen_w and screen_h:
+// the line runs across the whole width, from 0.1 of the height at the left
+// edge down to the bottom at the right.
+void walk_record_screen(WalkRecord *record);
+
 // One pass over the whole line: builds the top ordinal, lays out the line
 // from 0 to it, then calls fn once more at the end of the line (where the top
 // ordinal is the left end of nothing). r brings the view (xlo, xhi), the stop

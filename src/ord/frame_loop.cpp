@@ -50,17 +50,6 @@ static void startup_relative_mouse()
     }
 }
 
-// The screen-dependent fields of the walk record: the line runs across the
-// whole width, from 0.1 of the height at the left down to the bottom.
-static void walk_record_screen(WalkRecord *record)
-{
-    record->left = 0.0f;
-    record->right = (float)screen_w;
-    record->yleft = (float)(0.1 * screen_h);
-    record->yright = (float)screen_h;
-    record->ticklen = (float)(0.05 * screen_h);
-}
-
 void frame_loop()
 {
     MemStack arena;

@@ -1,6 +1,7 @@
 // The views that ordtool walks.
 #include "tools/ordtool/ordtool_view.h"
 
+#include "PlotSegment2/tick_walk.h"
 #include "ord/navigation.h"
 #include "support/gl/screen.h"
 
@@ -21,10 +22,6 @@ WalkRecord view_setup_record(const ViewSetup *setup)
     r.xlo = lo;
     r.xhi = hi;
     r.minsize = (float)setup->minsize;
-    r.left = 0.0f;
-    r.right = (float)screen_w;
-    r.yleft = (float)(0.1 * screen_h);
-    r.yright = (float)screen_h;
-    r.ticklen = (float)(0.05 * screen_h);
+    walk_record_screen(&r);
     return r;
 }

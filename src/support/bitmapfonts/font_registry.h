@@ -88,7 +88,7 @@ void font_register(Font *font);
 int32_t font_exists(const char *name);
 // A pseudo-random registered font (rand); null when the registry is empty.
 Font *font_pick_random();
-// The spec fields of a font (parent to glyphs).
+// The FontSpec fields of a font (parent to glyphs).
 FontSpec font_spec_of(const Font *font);
 // Bytewise equality of two specs.
 bool FontSpec_equal(const FontSpec &a, const FontSpec &b);
