@@ -6,11 +6,19 @@
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord.h"
+#include "PlotSegment2/centre_readout.h"
+#include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
+#include "ord/font_variants.h"
 #include "ord/mouse_drag.h"
 #include "ord/navigation.h"
+#include "ord/notation_rows.h"
+#include "ord/panels.h"
+#include "ord/readouts.h"
 #include "ord/startup_check.h"
+#include "support/bitmapfonts/font_load.h"
+#include "support/bitmapfonts/font_registry.h"
 #include "support/gl/event_pump.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
@@ -52,12 +60,16 @@ static void startup_relative_mouse()
 
 void frame_loop()
 {
+    loadfont_embedded("fullsize");
     MemStack arena;
     memstack_init(&arena);
+    notation_rows_start();
     Bignum view_lo, view_hi;
     double min_line_length;
     view_start(&view_lo, &view_hi, &min_line_length);
     WalkRecord record = {};
+    // font requests, read-outs and panel texts
+    char text_buffer[112];
 
     double last_time = clock_seconds();
     startup_relative_mouse();
@@ -68,12 +80,14 @@ void frame_loop()
         double now = clock_seconds();
         double frame_dt = now - last_time;
         walk_record_screen(&record);
+        font_variants_rebuild(screen_h, text_buffer, sizeof text_buffer);
 
         // keys: zoom and the depth limit
         double zoom_speed = navigation_zoom_speed();
         double zoom_step;
         double zoom_factor = navigation_key_zoom(frame_dt, zoom_speed, &zoom_step);
         navigation_depth_keys();
+        fps_readout(frame_dt, text_buffer, sizeof text_buffer);
 
         // the mouse, then pan, the minimum-zoom rule and the new view
         int32_t drag_dx = mouse_drag(&zoom_factor, zoom_step, zoom_speed);
@@ -92,10 +106,17 @@ void frame_loop()
         record.xhi = view_hi;
         walk_line(tick_record, record);
         tick_draw(record);
+        record.minsize = (float)(5 * text_height);
+        walk_line(label_draw, record);
         if (key_down[KEY_M]) {
+            memstack_readout(&arena, text_buffer, sizeof text_buffer);
             memstack_rewind(&arena);
             ord_arena = nullptr;
         }
+        // the read-out always runs on the heap
+        centre_readout((float)(screen_w / 2), record);
+        legend_draw(text_buffer, sizeof text_buffer);
+        notation_panel(text_buffer, sizeof text_buffer);
 
         glFinish();
         SDL_GL_SwapWindow(sdl_window);
@@ -111,4 +132,5 @@ void frame_loop()
         last_time = now;
     }
     memstack_free(&arena);
+    notation_rows_free();
 }

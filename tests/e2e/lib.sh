@@ -42,6 +42,16 @@ check() {  # check "description" test-args...
     if "$@"; then echo "ok: $what"; else fail "$what"; fi
 }
 
+# The opposite of a test command, for check.
+not() {
+    ! "$@"
+}
+
+# Whether LO <= V <= HI (numbers).
+between() {  # between V LO HI
+    [ "$1" -ge "$2" ] && [ "$1" -le "$3" ]
+}
+
 # The end of a test script: its status for CTest.
 e2e_finish() {
     if [ "$E2E_FAILS" -ne 0 ]; then
@@ -155,20 +165,22 @@ window_pixels() {  # window_pixels FILE W H
         sed -n 's/^\([0-9]*\),\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2 \3 \4 \5/p'
 }
 
-# Columns of a screenshot (window W x H) that hold a stroke: any pixel that is
-# not black, outside the marker's column W/2. Prints the column numbers.
+# Columns of a screenshot (window W x H) that hold a stroke: any pixel in the
+# line's band that is not black, outside the marker's column W/2. (Labels
+# stand above the band and the panels beside it.) Prints the column numbers.
 stroke_columns() {  # stroke_columns FILE W H
     window_pixels "$1" "$2" "$3" |
-        awk -v marker=$(($2 / 2)) '$1 != marker && !($3 == 0 && $4 == 0 && $5 == 0) { seen[$1] = 1 }
-             END { for (c in seen) print c }' | sort -n
+        awk -v marker=$(($2 / 2)) -v W="$2" -v H="$3" '
+            $1 != marker && !($3 == 0 && $4 == 0 && $5 == 0) {
+                y = ((H - 0.1 * H) / W) * $1 + 0.1 * H
+                if ($2 >= y - 0.05 * H - 2 && $2 <= y + 2) seen[$1] = 1
+            }
+            END { for (c in seen) print c }' | sort -n
 }
 
 # Whether a rectangle holds any pixel that is not black, or holds none.
 has_stroke() {  # has_stroke FILE W H X Y
     colours "$@" | grep -qv ' 0,0,0$'
-}
-no_stroke() {
-    ! has_stroke "$@"
 }
 
 # The line's band at column c of a window W x H: the rows a tick stroke may
@@ -178,6 +190,15 @@ line_band() {  # line_band C W H
     awk -v c="$1" -v W="$2" -v H="$3" 'BEGIN {
         y = ((H - 0.1 * H) / W) * c + 0.1 * H
         printf "%d %d\n", y - 0.05 * H - 2, y + 2 }'
+}
+
+# Whether column c is the marker: outside the line's band at least 80 per
+# cent of it is (0,0,128), and text drawn over it (added to it) keeps the
+# blue of every pixel at 128 or more.
+is_marker_column() {  # is_marker_column FILE C W H
+    column_outside_band "$@" | awk '
+        { split($2, c, ","); total += $1; if ($2 == "0,0,128") blue += $1; if (c[3] < 128) low += $1 }
+        END { printf "column: %d of %d pixels marker blue, %d less blue\n", blue, total, low; exit !(blue >= 0.8 * total && low == 0) }'
 }
 
 # The colours of column c outside the line's band, as "count r,g,b" lines.
@@ -192,14 +213,113 @@ column_outside_band() {  # column_outside_band FILE C W H
         sort -rn
 }
 
-# Pixels of the window outside the line's band and off column `skip` that are
-# not black: their count.
-stray_pixels() {  # stray_pixels FILE W H SKIP
+
+# A click as a person makes it: press, hold across a few frames, release.
+# (A press and release inside one pump of the program would never show.)
+app_click() {  # app_click X Y
+    xdotool mousemove --window "$WID" "$1" "$2"
+    xdotool mousedown 1
+    sleep 0.15
+    xdotool mouseup 1
+    sleep 0.4
+}
+
+# Pixels of exactly one colour ("r,g,b") in a rectangle.
+colour_count() {  # colour_count FILE W H X Y COLOUR
+    colours "$1" "$2" "$3" "$4" "$5" | awk -v c="$6" '$2 == c { n += $1 } END { print n + 0 }'
+}
+
+# Pixels of a rectangle in the tint of COLOUR ("r,g,b"): text drawn in that
+# colour on black, at half coverage or more (its soft edges are darker copies).
+tinted_count() {  # tinted_count FILE W H X Y COLOUR
+    colours "$1" "$2" "$3" "$4" "$5" | awk -v c="$6" '
+        BEGIN { split(c, want, ","); top = want[1]; if (want[2] > top) top = want[2]; if (want[3] > top) top = want[3] }
+        {
+            split($2, got, ","); m = got[1]; if (got[2] > m) m = got[2]; if (got[3] > m) m = got[3]
+            if (m < top / 2) next
+            k = m / top; ok = 1
+            for (i = 1; i <= 3; i++) { d = got[i] - k * want[i]; if (d > 16 || d < -16) ok = 0 }
+            if (ok) n += $1
+        }
+        END { print n + 0 }'
+}
+
+# The brightest channel value in a rectangle.
+brightest() {  # brightest FILE W H X Y
+    colours "$@" | awk '{ split($2, c, ","); for (i = 1; i <= 3; i++) if (c[i] > m) m = c[i] } END { print m + 0 }'
+}
+
+# The texts of one line of the window as runs of lit columns: "start end max"
+# per run, where a gap of at least GAP dark columns separates two runs and max
+# is the brightest channel value of the run.
+text_runs() {  # text_runs FILE X Y W H GAP
+    convert "$1" -crop "$4x$5+$2+$3" -depth 8 txt:- |
+        sed -n 's/^\([0-9]*\),[0-9]*: (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2 \3 \4/p' |
+        awk -v x0="$2" -v gap="$6" '
+            { m = $2; if ($3 > m) m = $3; if ($4 > m) m = $4; if (m > col[$1]) col[$1] = m; w = $1 + 1 > w ? $1 + 1 : w }
+            END {
+                start = -1; dark = 0
+                for (c = 0; c < w; c++) {
+                    if (col[c] > 0) {
+                        if (start < 0) { start = c; best = 0 }
+                        last = c; dark = 0; if (col[c] > best) best = col[c]
+                    } else if (start >= 0 && ++dark >= gap) {
+                        print start + x0, last + x0, best; start = -1
+                    }
+                }
+                if (start >= 0) print start + x0, last + x0, best
+            }'
+}
+
+# Whether two screenshots agree on a rectangle.
+same_region() {  # same_region FILE1 FILE2 W H X Y
+    [ "$(convert "$1" -crop "$3x$4+$5+$6" -depth 8 rgb:- | md5sum)" = \
+      "$(convert "$2" -crop "$3x$4+$5+$6" -depth 8 rgb:- | md5sum)" ]
+}
+
+# Pixels of grey text (0x808080 on black) in a rectangle, above the line's
+# band of a window WW x WH: grey of 64 to 136 with nothing brighter than 140
+# within two pixels, so that the soft edges of white text do not count.
+grey_text_pixels() {  # grey_text_pixels FILE W H X Y WW WH
+    convert "$1" -crop "$2x$3+$4+$5" -depth 8 txt:- |
+        sed -n 's/^\([0-9]*\),\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2 \3 \4 \5/p' |
+        awk -v X="$4" -v Y="$5" -v W="$6" -v H="$7" '
+             { m = $3; if ($4 > m) m = $4; if ($5 > m) m = $5; v[$1, $2] = m
+               top = ((H - 0.1 * H) / W) * ($1 + X) + 0.1 * H - 0.05 * H - 2
+               if ($2 + Y < top && $3 == $4 && $4 == $5 && m >= 64 && m <= 136) { gx[++n] = $1; gy[n] = $2 } }
+             END {
+                 for (i = 1; i <= n; i++) {
+                     ok = 1
+                     for (dx = -2; dx <= 2 && ok; dx++)
+                         for (dy = -2; dy <= 2; dy++)
+                             if (v[gx[i] + dx, gy[i] + dy] > 140) { ok = 0; break }
+                     count += ok
+                 }
+                 print count + 0
+             }'
+}
+
+# Lit pixels below the line's band, right of column X0.
+below_line_pixels() {  # below_line_pixels FILE W H X0
     window_pixels "$1" "$2" "$3" |
-        awk -v W="$2" -v H="$3" -v skip="$4" '
-            $1 != skip && !($3 == 0 && $4 == 0 && $5 == 0) {
-                y = ((H - 0.1 * H) / W) * $1 + 0.1 * H
-                if ($2 < y - 0.05 * H - 2 || $2 > y + 2) n++
-            }
+        awk -v W="$2" -v H="$3" -v x0="$4" '
+            $1 >= x0 && !($3 == 0 && $4 == 0 && $5 == 0) && $2 > ((H - 0.1 * H) / W) * $1 + 0.1 * H + 2 { n++ }
             END { print n + 0 }'
+}
+
+# The first row of a rectangle that holds a pixel in the tint of COLOUR
+# (see tinted_count), or -1.
+first_row_of() {  # first_row_of FILE W H X Y COLOUR
+    convert "$1" -crop "$2x$3+$4+$5" -depth 8 txt:- |
+        sed -n 's/^[0-9]*,\([0-9]*\): (\([0-9]*\),\([0-9]*\),\([0-9]*\).*/\1 \2,\3,\4/p' |
+        awk -v c="$6" -v y0="$5" '
+            BEGIN { split(c, want, ","); top = want[1]; if (want[2] > top) top = want[2]; if (want[3] > top) top = want[3] }
+            {
+                split($2, got, ","); m = got[1]; if (got[2] > m) m = got[2]; if (got[3] > m) m = got[3]
+                if (m < top / 2) next
+                k = m / top; ok = 1
+                for (i = 1; i <= 3; i++) { d = got[i] - k * want[i]; if (d > 16 || d < -16) ok = 0 }
+                if (ok && (min == "" || $1 < min)) min = $1
+            }
+            END { print (min == "" ? -1 : min + y0) }'
 }

@@ -14,7 +14,7 @@ check "the stroke of 0 stands at the left end of the line" has_stroke "$first" 3
 app_hold z 1
 zoomed=$(shot zoomed)
 zoomed_cols=$(stroke_columns "$zoomed" $W $H | wc -l)
-check "after Z the line runs off the left edge" has_stroke "$zoomed" 2 648 0 0
+check "after Z the line runs off the left edge" [ "$(stroke_columns "$zoomed" $W $H | head -n 1)" -le 1 ]
 check "after Z more columns hold strokes ($first_cols before, $zoomed_cols after)" [ "$zoomed_cols" -gt "$first_cols" ]
 
 # X for longer: back to the length of the first view, and no further. (The

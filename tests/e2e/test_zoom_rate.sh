@@ -6,16 +6,20 @@
 . "$(dirname "$0")/lib.sh"
 
 W=864 H=648
+# (in the line's band: the legend has a green line too)
 leftmost_green() {
     window_pixels "$1" $W $H |
-        awk -v W=$W '$1 > W / 2 && $4 > $3 + 60 && $3 == $5 { if (min == "" || $1 < min) min = $1 } END { print (min == "" ? W : min) }'
+        awk -v W=$W -v H=$H '$1 > W / 2 && $4 > $3 + 60 && $3 == $5 {
+                y = ((H - 0.1 * H) / W) * $1 + 0.1 * H
+                if ($2 >= y - 0.05 * H - 2 && $2 <= y + 2 && (min == "" || $1 < min)) min = $1
+            } END { print (min == "" ? W : min) }'
 }
 
 position_after() {  # position_after KEYS
     app_start || exit 1
     local x
     x=$(leftmost_green "$(shot "start-$1")")
-    check "$1: epsilon_0 starts just right of the marker ($x)" [ "$x" -ge 433 ] && [ "$x" -le 442 ]
+    check "$1: epsilon_0 starts just right of the marker ($x)" between "$x" 433 442
     app_hold "$1" 0.5
     POSITION=$(leftmost_green "$(shot "after-$1")")
     app_key q

@@ -110,10 +110,8 @@ void loadfontmem(const uint8_t *data, uint32_t size, const char *name)
 
 void loadfont_embedded(const char *name)
 {
-    uint32_t size = font_pack_size;
-    uint8_t *block = (uint8_t *)malloc(size);
-    memcpy(block, font_pack_data, size);
-    rle_unpack(&block, &size);
+    uint32_t size;
+    uint8_t *block = font_pack_unpacked(&size);
     loadfontmem(block, size, name);
     free(block);
 }

@@ -152,6 +152,28 @@ void font_pack_rasterize(const uint8_t *data, uint32_t size, const Font *font, u
     }
 }
 
+uint8_t *font_pack_unpacked(uint32_t *size)
+{
+    *size = font_pack_size;
+    uint8_t *block = (uint8_t *)malloc(*size);
+    memcpy(block, font_pack_data, *size);
+    rle_unpack(&block, size);
+    return block;
+}
+
+Font *font_pack_measuring_root(const char *name)
+{
+    uint32_t size;
+    uint8_t *stream = font_pack_unpacked(&size);
+    Font *font = (Font *)calloc(1, sizeof(Font));
+    font->name = strdup(name);
+    font_pack_layout(stream, size, FONT_ATLAS_MAX, font);
+    free(stream);
+    font_root_finish(font);
+    font_register(font);
+    return font;
+}
+
 void font_root_finish(Font *font)
 {
     font->border = 0.0f;

@@ -28,6 +28,13 @@ extern const uint32_t font_pack_size;
 // short by the end of the block is dropped.
 void rle_unpack(uint8_t **block, uint32_t *size);
 
+// The embedded pack unpacked into a new heap block of *size bytes.
+uint8_t *font_pack_unpacked(uint32_t *size);
+
+// The root font of the embedded pack with its glyph table but no texture,
+// registered under name: text can be expanded and measured without a display.
+Font *font_pack_measuring_root(const char *name);
+
 // Lays the glyphs of a stream out on shelves of a texture at most maxtx
 // wide: fills height, glyph_x, glyph_y, glyph_w and the planned tex_w and
 // tex_h of font (whose name must be set). Codes past the end of the stream get

@@ -167,3 +167,10 @@ float text_draw_bounded(const char *text, uint32_t colour, float x, float y, flo
 {
     return text_walk(text, colour, x, y, right, bottom);
 }
+
+void text_put(const char *text, uint32_t colour, float x, float y)
+{
+    text_begin();
+    text_draw(text, colour, x, y);
+    text_close();
+}

@@ -21,6 +21,9 @@ void text_close();
 // way; at the end the font that was selected before is selected again.
 void text_draw(const char *text, uint32_t colour, float x, float y);
 
+// One text_draw in a bracket of its own: how the program draws every text.
+void text_put(const char *text, uint32_t colour, float x, float y);
+
 // As text_draw, wrapping at right (0.0: no limit): a word that would pass
 // right starts a new line, and a word wider than the room breaks inside
 // itself (that break steps a whole root line height). Stops at the first

@@ -1,0 +1,27 @@
+// The notation rows and the hit test of the panel texts.
+#include "ord/notation_rows.h"
+
+#include "support/gl/input_state.h"
+
+DynArray notation_rows = {};
+const NotationRow new_row_template = {{1, 1, 1, 1, 1, 1}};
+
+void notation_rows_start()
+{
+    DynArray_init(&notation_rows, sizeof(NotationRow), dyn_default_capacity);
+    DynArray_append(&notation_rows, &new_row_template);
+}
+
+void notation_rows_free()
+{
+    DynArray_free(&notation_rows);
+}
+
+bool panel_click(int32_t x0, int32_t x1, int32_t y, uint32_t lh)
+{
+    if ((mouse_buttons & ~mouse_buttons_prev) == 0)
+        return false;
+    // the line's rows as 64-bit numbers: a line above the window has a negative top
+    int64_t top = y, bottom = (int64_t)y + lh;
+    return mouse_x >= x0 && mouse_x < x1 && mouse_y >= top && mouse_y < bottom;
+}

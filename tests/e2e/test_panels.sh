@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# The panels of the first view, read as a person reads them: the legend, the
+# notation row, the frame rate, labels and the centre read-out; then the
+# toggles and the rows answer to clicks.
+. "$(dirname "$0")/lib.sh"
+
+W=864 H=648 LH=25
+app_start || exit 1
+first=$(shot first)
+
+# the legend: ten lines from the top at x = 648, each in its kind's colour
+legend="128,128,128 160,0,0 255,160,0 255,255,0 255,255,255 0,255,0 0,255,255 255,0,255 0,0,255 64,64,64"
+legend_line() {  # legend_line I COLOUR
+    local y=$(($1 * LH)) start n
+    start=$(text_runs "$first" 600 $y 264 $LH 12 | head -n 1 | cut -d' ' -f1)
+    n=$(tinted_count "$first" 216 $LH 648 $y "$2")
+    echo "legend line $1 starts at x $start, $n pixels in $2"
+    between "${start:-0}" 648 651 && [ "$n" -ge 60 ]
+}
+i=0
+for colour in $legend; do
+    check "legend line $i at x 648 in $colour" legend_line $i $colour
+    i=$((i + 1))
+done
+
+# the notation row at the bottom: "Notation: " in grey and six white toggles
+row_runs() { text_runs "$1" 0 $(($H - ($2 + 1) * LH)) 420 $LH 8; }
+runs=$(row_runs "$first" 0)
+check "the bottom line holds \"Notation: \" and six toggles: $(echo $runs)" [ "$(echo "$runs" | wc -l)" = 7 ]
+check "\"Notation: \" is grey" [ "$(echo "$runs" | sed -n 1p | cut -d' ' -f3)" -le 128 ]
+check "all six toggles are white" [ "$(echo "$runs" | sed -n '2,7p' | awk '$3 < 250' | wc -l)" = 0 ]
+add_runs=$(row_runs "$first" 1)
+check "above the row stands \"Add \" alone: $(echo $add_runs)" [ "$(echo "$add_runs" | wc -l)" = 1 ]
+
+fps=$(tinted_count "$first" 200 $LH 0 $(($H - 4 * LH)) 128,128,255)
+check "the frame rate shows in 0x8080ff four lines up ($fps pixels)" [ "$fps" -ge 60 ]
+# "0" stands over its stroke at x 86 (tick top at y 91), "1" over x 148
+check "the label 0 stands above its tick" [ "$(brightest "$first" 24 28 76 50)" = 255 ]
+check "the label 1 stands above its tick" [ "$(brightest "$first" 24 28 138 92)" = 255 ]
+check "no label below the tick of 0" [ "$(brightest "$first" 24 28 76 126)" = 0 ]
+readout=$(colour_count "$first" 300 70 100 500 255,255,255)
+check "the centre read-out stands at an eighth of the width, 0.78 down ($readout white pixels)" [ "$readout" -ge 40 ]
+
+# Aim at 1 first (a press on its stroke brings it to the marker): the
+# read-out is then "1", short in every notation. (Under the marker of the
+# first view stands a tower of omega, whose psi form wraps over the panel.)
+xdotool mousemove --window "$WID" 148 324
+xdotool mousedown 1
+sleep 0.3
+xdotool mouseup 1
+sleep 0.4
+aimed=$(shot aimed)
+readout=$(colour_count "$aimed" 300 70 100 500 255,255,255)
+check "the read-out shows the short text of 1 ($readout white pixels)" between "$readout" 20 400
+
+# a click on "omega^alpha" greys it; the labels that are omega powers become psi terms
+omega=$(echo "$runs" | sed -n 4p)
+omega_x=$(( ($(echo $omega | cut -d' ' -f1) + $(echo $omega | cut -d' ' -f2)) / 2 ))
+app_click $omega_x $(($H - LH / 2))
+off=$(shot omega-off)
+runs_off=$(row_runs "$off" 0)
+check "the clicked toggle is grey now: $(echo $runs_off)" [ "$(echo "$runs_off" | sed -n 4p | cut -d' ' -f3)" -le 128 ]
+check "the other toggles stay white" [ "$(echo "$runs_off" | sed -n '2,3p;5,7p' | awk '$3 < 250' | wc -l)" = 0 ]
+check "the labels of omega and omega^omega changed" not same_region "$aimed" "$off" 120 70 540 360
+check "the labels 0, 1 and 2 did not" same_region "$aimed" "$off" 110 110 320 225
+app_click $omega_x $(($H - LH / 2))
+check "a second click turns it on again" same_region "$aimed" "$(shot omega-on)" 420 $LH 0 $(($H - LH))
+
+# "Add " adds a row: every label gets a second line and "Remove " appears
+app_click 15 $(($H - LH - LH / 2))
+two=$(shot two-rows)
+check "a second notation row stands above the first, all white" [ "$(row_runs "$two" 1 | sed -n '2,7p' | awk '$3 >= 250' | wc -l)" = 6 ]
+add_runs=$(row_runs "$two" 2)
+check "the add line moved up and reads \"Add Remove \": $(echo $add_runs)" [ "$(echo "$add_runs" | wc -l)" = 2 ]
+# the label 0 now stands at (370, 252), its second line 37 pixels higher
+check "the label 0 has a second line 37 pixels higher" [ "$(brightest "$two" 24 30 360 208)" = 255 ]
+check "and the label 2 too" [ "$(brightest "$two" 24 30 464 276)" = 255 ]
+
+# "Remove " takes it away again
+remove=$(echo "$add_runs" | sed -n 2p)
+app_click $(( ($(echo $remove | cut -d' ' -f1) + $(echo $remove | cut -d' ' -f2)) / 2 )) $(($H - 2 * LH - LH / 2))
+one=$(shot one-row)
+check "after \"Remove \" one row is left" [ "$(row_runs "$one" 1 | wc -l)" = 1 ]
+check "and the labels have one line" [ "$(brightest "$one" 24 30 360 208)" = 0 ]
+
+app_key q
+app_wait_exit 2
+check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
+e2e_finish

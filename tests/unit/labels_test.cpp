@@ -1,0 +1,338 @@
+// The text stages of a frame without a display: the named fonts, the panel
+// hit test, label texts and places, and the centre read-out.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "OrdBuchholz/memstack.h"
+#include "OrdBuchholz/ord_parse.h"
+#include "PlotSegment2/centre_readout.h"
+#include "PlotSegment2/labels.h"
+#include "PlotSegment2/tick_walk.h"
+#include "ord/font_variants.h"
+#include "ord/navigation.h"
+#include "ord/notation_rows.h"
+#include "support/bitmapfonts/font_pack.h"
+#include "support/bitmapfonts/font_registry.h"
+#include "support/bitmapfonts/markup.h"
+#include "support/gl/input_state.h"
+#include "support/gl/screen.h"
+#include "ord_fixtures_test.h"
+
+namespace {
+
+char buffer[112];
+
+// The state of the program after the first frame's font stage, for a window
+// of the given size: the root font, the three named fonts and one row.
+class TextStages : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        clear_fonts();
+        font_pack_measuring_root("fullsize");
+        set_window(864, 648);
+        notation_rows_start();
+    }
+    OrdPool pool;
+    void TearDown() override
+    {
+        pool.release();
+        notation_rows_free();
+        clear_fonts();
+    }
+    static void clear_fonts()
+    {
+        while (fonts && font_list.count > 0)
+            font_delete(fonts[font_list.count - 1]);
+        current_font = nullptr;
+    }
+    static void set_window(int32_t w, int32_t h)
+    {
+        screen_w = w;
+        screen_h = h;
+        font_variants_rebuild(h, buffer, sizeof buffer);
+    }
+};
+
+uint32_t height_of(const char *name)
+{
+    font_select(name);
+    uint32_t h = text_height;
+    font_select("normal");
+    return h;
+}
+
+TEST(FontVariants, ScalesFollowTheHeightAboveTheirThresholds)
+{
+    struct Row {
+        int32_t height;
+        double normal, bigger, legend;
+    };
+    const Row rows[] = {
+        {200, 25, 50, 15},       {599, 25, 50, 15},   {600, 25, 50, 15},
+        {648, 25, 54, 15},       {749, 25, 62.4166, 15}, {750, 25, 62.5, 15},
+        {900, 30, 75, 18},       {1080, 36, 90, 21.6},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.height);
+        EXPECT_NEAR(font_variant_scale(FONT_NORMAL, row.height), row.normal, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_BIGGER, row.height), row.bigger, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_LEGEND, row.height), row.legend, 1e-3);
+    }
+}
+
+TEST_F(TextStages, FontsAreRemadeEachFrameWithoutPilingUp)
+{
+    EXPECT_EQ(text_height, 25u);
+    EXPECT_STREQ(current_font->name, "normal");
+    EXPECT_EQ(height_of("bigger"), 54u);
+    EXPECT_EQ(height_of("legend"), 15u);
+    // labels make script variants between frames; they stay, the named fonts are replaced
+    free(label_text(pool.read("psi_{0}(Omega_{2})"), new_row_template));
+    set_window(864, 648);
+    uint32_t settled = font_list.count;
+    for (int i = 0; i < 20; i++) {
+        free(label_text(pool.read("psi_{0}(Omega_{2})"), new_row_template));
+        set_window(864, 648);
+    }
+    EXPECT_EQ(font_list.count, settled);
+    uint32_t named = 0;
+    for (uint32_t i = 0; i < font_list.count; i++)
+        named += strcmp(fonts[i]->name, "normal") == 0 || strcmp(fonts[i]->name, "bigger") == 0 ||
+                 strcmp(fonts[i]->name, "legend") == 0;
+    EXPECT_EQ(named, 3u);
+
+    set_window(1440, 1080);
+    EXPECT_EQ(text_height, 36u);
+    EXPECT_EQ(height_of("bigger"), 90u);
+    set_window(400, 300);
+    EXPECT_EQ(text_height, 25u);
+    EXPECT_EQ(height_of("legend"), 15u);
+}
+
+TEST(PanelClick, NewEdgeInsideTheHalfOpenBox)
+{
+    struct Row {
+        uint32_t buttons, prev;
+        int32_t x, y;
+        bool hit;
+    };
+    // box x 10..19, y 100..124 (lh 25)
+    const Row rows[] = {
+        {BUTTON_LEFT, 0, 10, 100, true},
+        {BUTTON_LEFT, 0, 19, 124, true},
+        {BUTTON_LEFT, 0, 20, 110, false},   // x1 is outside
+        {BUTTON_LEFT, 0, 15, 125, false},   // y + lh belongs to the line below
+        {BUTTON_LEFT, 0, 9, 110, false},
+        {BUTTON_LEFT, 0, 15, 99, false},
+        {BUTTON_LEFT, BUTTON_LEFT, 15, 110, false},  // held: no new edge
+        {BUTTON_RIGHT | BUTTON_LEFT, BUTTON_LEFT, 15, 110, true},
+        {BUTTON_MIDDLE, 0, 15, 110, true},
+        {WHEEL_UP, 0, 15, 110, true},
+        {WHEEL_UP, WHEEL_UP, 15, 110, false},  // a wheel turning on hides its next pulse
+        {0, BUTTON_LEFT, 15, 110, false},      // a release is no click
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.buttons << " " << row.prev << " " << row.x << ","
+                                        << row.y);
+        mouse_buttons = row.buttons;
+        mouse_buttons_prev = row.prev;
+        mouse_x = row.x;
+        mouse_y = row.y;
+        EXPECT_EQ(panel_click(10, 20, 100, 25), row.hit);
+    }
+    // a line above the window (rows past its top) is never hit from inside it
+    mouse_buttons = BUTTON_LEFT;
+    mouse_buttons_prev = 0;
+    mouse_x = 15;
+    mouse_y = 0;
+    EXPECT_FALSE(panel_click(10, 20, -30, 25));
+    EXPECT_TRUE(panel_click(10, 20, -20, 25));
+    mouse_buttons = 0;
+}
+
+TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
+{
+    NotationRow row = new_row_template;
+    char *text = label_text(pool.read("psi_{0}(omega)"), row);
+    // omega is glyph 279, as a glyph escape; the raised omega comes after a script escape
+    const std::string expanded(text, text_end(text) - text);
+    EXPECT_EQ(expanded.substr(0, 3), std::string("\x02\x01\x17", 3));
+    EXPECT_NE(expanded.find('\x05'), std::string::npos);
+    EXPECT_EQ(expanded.find('^'), std::string::npos);
+    free(text);
+
+    // with "alpha.n" off a coefficient repeats its term: 1,500 times "omega+" is past the guard
+    row.toggle[TOGGLE_DOT] = 0;
+    Ord x = pool.read("omega.1667");
+    char *raw = Ord_tostring(x, &row);
+    ASSERT_GT(strlen(raw), LABEL_TEXT_MAX);
+    char *shown = label_text(x, row);
+    EXPECT_STREQ(shown, raw);
+    free(shown);
+    free(raw);
+    Ord y = pool.read("omega.1666");
+    char *kept = label_text(y, row);
+    EXPECT_EQ(strstr(kept, "omega"), nullptr);  // just under the guard: Greek letters
+    free(kept);
+}
+
+// The lines of every label of a label pass over a view.
+struct Line {
+    float x, y;
+    uint32_t colour;
+    std::string text;
+    uint32_t height;  // text_height while the line was given
+};
+std::vector<Line> lines;
+
+void collect_label(WalkRecord r)
+{
+    LabelLine line;
+    if (!label_start(r, &line))
+        return;
+    while (label_next(&line))
+        lines.push_back({line.tx, line.y, line.colour,
+                         std::string(line.text, text_end(line.text) - line.text), text_height});
+    EXPECT_STREQ(current_font->name, "normal");
+}
+
+WalkRecord first_view(int32_t width)
+{
+    screen_w = width;
+    WalkRecord r = {};
+    double min_length;
+    view_start(&r.xlo, &r.xhi, &min_length);
+    walk_record_screen(&r);
+    r.minsize = (float)(5 * text_height);
+    tick_arrays_rebuild(r.right);  // every pass records its interval sizes
+    return r;
+}
+
+TEST_F(TextStages, LabelsStandAboveTheirTicksOneLinePerRow)
+{
+    WalkRecord r = first_view(864);
+    lines.clear();
+    walk_line(collect_label, r);
+    std::vector<Line> one_row = lines;
+    ASSERT_GT(one_row.size(), 5u);
+    EXPECT_EQ(one_row[0].text, "0");
+    // "0" at x 86.4, where the line is at 64.8 + 86.4 * 0.675: 37 above the tick's top, 6 left
+    EXPECT_NEAR(one_row[0].x, 86.4f - 6.0f, 1e-3f);
+    EXPECT_NEAR(one_row[0].y, 64.8f + 58.32f - 32.4f - 37.0f, 0.01f);
+    // the end of the line carries its name in the small grey font above the label
+    const Line &name = one_row.back();
+    EXPECT_EQ(name.text, "Extended Buchholz ordinal");
+    EXPECT_EQ(name.colour, 0x808080u);
+    EXPECT_EQ(name.height, 15u);
+    const Line &top = one_row[one_row.size() - 2];
+    EXPECT_EQ(top.colour, 0xffffffu);
+    EXPECT_FLOAT_EQ(name.y, top.y - 22.0f);
+    EXPECT_FLOAT_EQ(name.x, top.x + 6.0f - 3.0f);
+
+    // a second row doubles every label line, each 37 pixels above the one before
+    DynArray_append(&notation_rows, &new_row_template);
+    notation_row(1)->toggle[TOGGLE_OMEGA] = 0;
+    lines.clear();
+    walk_line(collect_label, r);
+    ASSERT_EQ(lines.size(), 2 * one_row.size() - 1);
+    size_t i = 0;
+    for (const Line &first : one_row) {
+        if (first.colour == 0x808080u)
+            break;
+        EXPECT_EQ(lines[i].text, first.text);
+        EXPECT_FLOAT_EQ(lines[i + 1].y, first.y - 37.0f);
+        i += 2;
+    }
+    // omega^omega is the fourth label; the second row writes it with psi
+    EXPECT_NE(lines[7].text, lines[6].text);
+    EXPECT_NE(lines[7].text.find("\x02\x01\x16", 0, 3), std::string::npos);  // psi
+}
+
+TEST_F(TextStages, LabelsReachTenLinesBeyondTheView)
+{
+    WalkRecord r = first_view(864);
+    r.ordlo = Ord_zero();
+    r.ordhi = Ord_zero();
+    LabelLine line;
+    struct Row {
+        double x;
+        bool drawn;
+    };
+    const Row rows[] = {{-250.0, true}, {-250.01, false}, {1113.99, true}, {1114.0, false}};
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.x);
+        r.xlo = Bignum_fromdouble(row.x);
+        bool drawn = label_start(r, &line);
+        EXPECT_EQ(drawn, row.drawn);
+        if (drawn)
+            while (label_next(&line)) {
+            }
+        Bignum_free(r.xlo);
+    }
+}
+
+TEST_F(TextStages, CentreReadoutPicksTheLeafAtTheMarker)
+{
+    struct Row {
+        double lo, hi;     // the view at width 1280
+        const char *want;  // what the read-out shows; null: nothing
+    };
+    // the first view runs from 128 to 1152 with 1 at 219.1185
+    const Row rows[] = {
+        {128.0 + 421, 1152.0 + 421, "1"},
+        // the end of the line is a candidate like any leaf, near or far
+        {128.0 - 512, 1152.0 - 512, "psi_{0}(I)"},
+        {128.0 + 580, 1152.0 + 580, "psi_{0}(I)"},
+        // nothing in the column, and the end further out than any distance counts
+        {1000.0, 1e30, nullptr},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.lo);
+        set_window(1280, 960);
+        WalkRecord r = first_view(1280);
+        Bignum_free(r.xlo);
+        Bignum_free(r.xhi);
+        r.xlo = Bignum_fromdouble(row.lo);
+        r.xhi = Bignum_fromdouble(row.hi);
+        float x = -1, y = -1;
+        char *text = centre_text(640.0f, r, &x, &y);
+        if (!row.want) {
+            EXPECT_EQ(text, nullptr);
+            EXPECT_STREQ(current_font->name, "normal");
+        } else {
+            ASSERT_NE(text, nullptr);
+            EXPECT_STREQ(current_font->name, "bigger");
+            char *want = label_text(pool.read(row.want), new_row_template);
+            EXPECT_STREQ(text, want);
+            free(want);
+            EXPECT_FLOAT_EQ(x, 162.0f);
+            EXPECT_FLOAT_EQ(y, 748.8f);
+        }
+        EXPECT_EQ(centre_ord.count, 0u);
+        free(text);
+        Bignum_free(r.xlo);
+        Bignum_free(r.xhi);
+    }
+}
+
+TEST(CentreReadout, PlacedAtAnEighthThenPulledInsideTheWindow)
+{
+    screen_w = 864;
+    struct Row {
+        float cx, w, x;
+    };
+    const Row rows[] = {
+        {432, 100, 110}, {432, 753, 110}, {432, 754, 109}, {432, 863, 0}, {432, 2000, 0},
+        {432.5f, 100, 110.5f},
+    };
+    for (const Row &row : rows)
+        EXPECT_FLOAT_EQ(centre_text_x(row.cx, row.w), row.x) << row.w;
+}
+
+}  // namespace
