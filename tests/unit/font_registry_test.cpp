@@ -6,7 +6,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -224,52 +223,6 @@ TEST_F(FontRegistry, SelectionAndItsFigures)
     uint32_t count = font_list.count;
     font_select_spec(parse("fullsize:scale=25.2px"));
     EXPECT_EQ(font_list.count, count);
-}
-
-// The head of every frame: the three named fonts remade from the window height.
-void rebuild_named_fonts(int height)
-{
-    const char *names[3] = {"normal", "bigger", "legend"};
-    double scales[3] = {height * 0.03333333333333333, height * 0.08333333333333333,
-                        height * 0.02};
-    for (const char *name : names) {
-        if (font_exists(name)) {
-            FontSpec spec;
-            font_parse(&spec, name);
-            font_delete(font_resolve(spec));
-        }
-    }
-    for (int i = 0; i < 3; i++) {
-        char text[112];
-        snprintf(text, sizeof text, "fullsize:scale=%lfpx", scales[i]);
-        FontSpec spec;
-        font_parse(&spec, text);
-        Font *clone = font_clone(font_resolve(spec));
-        free(clone->name);
-        clone->name = strdup(names[i]);
-    }
-    font_select("normal");
-}
-
-TEST_F(FontRegistry, FrameRebuildKeepsTheVariants)
-{
-    rebuild_named_fonts(750);
-    EXPECT_EQ(text_height, 25u);
-    EXPECT_STREQ(current_font->name, "normal");
-    uint32_t count = font_list.count;
-    std::set<std::string> variants;
-    for (uint32_t i = 0; i < count; i++)
-        variants.insert(fonts[i]->name);
-    for (int frame = 0; frame < 5; frame++) {
-        rebuild_named_fonts(750);
-        EXPECT_EQ(font_list.count, count) << "frame " << frame;
-        EXPECT_EQ(text_height, 25u);
-    }
-    // a larger window adds variants and leaves the old ones
-    rebuild_named_fonts(900);
-    EXPECT_EQ(text_height, 30u);
-    EXPECT_GT(font_list.count, count);
-    EXPECT_TRUE(deleted_textures.empty());
 }
 
 TEST_F(FontRegistry, ParseWithoutAnyFontMakesAPlaceholder)
