@@ -1,7 +1,8 @@
 // ordtool bench: the cost of the three passes of a frame (ticks, labels with
 // their texts, the centre read-out) at several zoom depths, on the heap and in
-// the arena (the read-out on the heap only, as in the frame). Nothing is drawn: the label and read-out passes make and measure
-// their texts with a root font that has no texture.
+// the arena (the read-out on the heap only, as in the frame). Nothing is
+// drawn: the label and read-out passes make and measure their texts with a
+// root font that has no texture.
 //
 // Each measurement runs in a child process of its own, so that one that
 // runs away (a pass over 2 seconds, or over 1 GiB more memory) can be given up
