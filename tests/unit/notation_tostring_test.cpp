@@ -1,5 +1,5 @@
-// Notation: the tables of texts, the top in every row, coefficients, the
-// placeholder, and the named ordinals.
+// Notation: the tables of texts, the top in every row, coefficients and the
+// named ordinals. Placeholders print in ord_buchholz_test.cpp.
 #include <gtest/gtest.h>
 
 #include "OrdBuchholz/ord_arith.h"
@@ -11,16 +11,11 @@ namespace {
 
 class Notation : public InBothModes {};
 
-TEST_P(Notation, AllTogglesOn)
+TEST_P(Notation, TablesInEveryRow)
 {
-    for (const NotationCase &c : notation_all_on())
-        EXPECT_EQ(text_of(pool.read(c.x), c.bits), c.text) << c.x;
-}
-
-TEST_P(Notation, OtherRows)
-{
-    for (const NotationCase &c : notation_other_rows())
-        EXPECT_EQ(text_of(pool.read(c.x), c.bits), c.text) << c.x << " in row " << c.bits;
+    for (const auto *table : {&notation_all_on(), &notation_other_rows()})
+        for (const NotationCase &c : *table)
+            EXPECT_EQ(text_of(pool.read(c.x), c.bits), c.text) << c.x << " in row " << c.bits;
 }
 
 TEST_P(Notation, TheTopIsTheSameInEveryRow)
@@ -64,19 +59,6 @@ TEST_P(Notation, NoFallBackBetweenClassicalForms)
     EXPECT_EQ(text_of(pool.read("psi_{0}(Omega+1)"), "110111"), "psi_{0}(Omega+1)");
 }
 
-TEST_P(Notation, PlaceholderAndMarkerPrintAsLetters)
-{
-    Ord one = pool.read("1");
-    Ord t = Ord_alloc(2);
-    t.terms[0] = OrdTerm{2, one, Ord_zero()};
-    t.terms[1] = OrdTerm{0, Ord_zero(), Ord_zero()};
-    EXPECT_EQ(text_of(t), "Omega.2+x");
-    EXPECT_EQ(text_of(t, "101111"), "Omega+Omega+x");
-    Ord_freearray(t);
-    Ord top = pool.read("psi_{0}(I)");
-    EXPECT_EQ(text_of(top.terms[0].arg), "I");
-}
-
 TEST_P(Notation, NamedOrdinalsAreFoundByTheirText)
 {
     struct Case {
@@ -105,7 +87,6 @@ TEST_P(Notation, NamedOrdinalsAreFoundByTheirText)
     EXPECT_EQ(named_ordinal_find("epsilon_{0}"), nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, Notation, testing::Values(MemoryMode::Heap, MemoryMode::Arena),
-                         memory_mode_name);
+INSTANTIATE_IN_BOTH_MODES(Notation);
 
 }  // namespace

@@ -13,10 +13,8 @@ protected:
     // A term built by hand, bypassing the reader's own collapse.
     Ord term(uint32_t coef, Ord sub, Ord arg)
     {
-        Ord x = Ord_alloc1();
-        x.terms[0] = OrdTerm{coef, sub, arg};
-        made.push_back(x);
-        return x;
+        made.push_back(Ord_term(coef, sub, arg));
+        return made.back();
     }
     void TearDown() override
     {
@@ -29,25 +27,19 @@ protected:
 
 TEST_P(Buchholz, CollapseRemovesOnlyTheFixedPointShape)
 {
-    Ord omega_cap = pool.read("Omega");
     Ord eps0 = pool.read("psi_{0}(Omega)");
-
-    // psi_0(epsilon_0) is epsilon_0
-    OrdTerm t = Ord_collapse(OrdTerm{1, Ord_zero(), eps0});
+    // psi_0(epsilon_0) is epsilon_0, and the coefficient of the outer term stays
+    OrdTerm t = Ord_collapse(OrdTerm{3, Ord_zero(), eps0});
     EXPECT_EQ(t.arg.terms, eps0.terms[0].arg.terms);
-    EXPECT_EQ(t.coef, 1u);
-    // the coefficient of the outer term stays
-    EXPECT_EQ(Ord_collapse(OrdTerm{3, Ord_zero(), eps0}).coef, 3u);
+    EXPECT_EQ(t.coef, 3u);
 
-    // psi_0(omega) is left alone: omega's argument ends at subscript 0
-    Ord omega = pool.read("omega");
-    EXPECT_EQ(Ord_collapse(OrdTerm{1, Ord_zero(), omega}).arg.terms, omega.terms);
-    // an inner coefficient 2 is no fixed point
-    Ord eps0_twice = term(2, Ord_zero(), omega_cap);
-    EXPECT_EQ(Ord_collapse(OrdTerm{1, Ord_zero(), eps0_twice}).arg.terms, eps0_twice.terms);
-    // different subscripts: psi_1(psi_0(Omega)) stays
-    Ord one = pool.read("1");
-    EXPECT_EQ(Ord_collapse(OrdTerm{1, one, eps0}).arg.terms, eps0.terms);
+    // left alone: psi_0(omega), as omega's argument ends at subscript 0; an
+    // inner coefficient 2; and different subscripts, psi_1(psi_0(Omega))
+    Ord eps0_twice = term(2, Ord_zero(), pool.read("Omega"));
+    const OrdTerm kept[] = {{1, Ord_zero(), pool.read("omega")}, {1, Ord_zero(), eps0_twice},
+                            {1, pool.read("1"), eps0}};
+    for (const OrdTerm &k : kept)
+        EXPECT_EQ(Ord_collapse(k).arg.terms, k.arg.terms) << text_of(k.arg);
 }
 
 TEST_P(Buchholz, TemplatesPutThePlaceholderAtTheEndingOmega)
@@ -164,7 +156,6 @@ TEST(BuchholzDeath, SuccessorArgumentInTemplateIsFatal)
     pool.release();
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, Buchholz, testing::Values(MemoryMode::Heap, MemoryMode::Arena),
-                         memory_mode_name);
+INSTANTIATE_IN_BOTH_MODES(Buchholz);
 
 }  // namespace

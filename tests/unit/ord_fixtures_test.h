@@ -22,29 +22,10 @@ inline const char *memory_mode_name(const testing::TestParamInfo<MemoryMode> &in
     return info.param == MemoryMode::Heap ? "Heap" : "Arena";
 }
 
-// The one arena of the test process, made on first use; a global, so its
-// blocks stay reachable and LeakSanitizer does not count them.
-inline MemStack test_arena;
-inline bool test_arena_made = false;
-
-inline void memory_mode_enter(MemoryMode mode)
-{
-    if (mode != MemoryMode::Arena)
-        return;
-    if (!test_arena_made) {
-        memstack_init(&test_arena);
-        test_arena_made = true;
-    }
-    ord_arena = &test_arena;
-}
-
-inline void memory_mode_leave()
-{
-    if (ord_arena) {
-        memstack_rewind(ord_arena);
-        ord_arena = nullptr;
-    }
-}
+// Runs every test of a suite of InBothModes (below) on the heap and in the arena.
+#define INSTANTIATE_IN_BOTH_MODES(Suite)                                                           \
+    INSTANTIATE_TEST_SUITE_P(Modes, Suite, testing::Values(MemoryMode::Heap, MemoryMode::Arena), \
+                             memory_mode_name)
 
 // Ordinals read for one test, released together at its end (heap mode).
 struct OrdPool {
@@ -54,8 +35,7 @@ struct OrdPool {
     {
         Ord x;
         OrdParseError error;
-        bool ok = Ord_parse(text, &x, &error);
-        EXPECT_TRUE(ok) << "reading '" << text << "': " << error.message;
+        EXPECT_TRUE(Ord_parse(text, &x, &error)) << "reading '" << text << "': " << error.message;
         owned.push_back(x);
         return x;
     }
@@ -99,14 +79,28 @@ inline std::string shape_of(Ord x)
     return s + "]";
 }
 
-// Fixture of the tests that run once in each memory mode.
+// Fixture of the tests that run once in each memory mode. The one arena of
+// the test process is made on first use and kept, so its blocks stay
+// reachable and LeakSanitizer does not count them.
 class InBothModes : public testing::TestWithParam<MemoryMode> {
 protected:
-    void SetUp() override { memory_mode_enter(GetParam()); }
+    void SetUp() override
+    {
+        static MemStack arena;
+        static bool made = false;
+        if (GetParam() != MemoryMode::Arena)
+            return;
+        if (!made)
+            memstack_init(&arena);
+        made = true;
+        ord_arena = &arena;
+    }
     void TearDown() override
     {
         pool.release();
-        memory_mode_leave();
+        if (ord_arena)
+            memstack_rewind(ord_arena);
+        ord_arena = nullptr;
     }
     OrdPool pool;
 };
@@ -117,7 +111,7 @@ protected:
 struct SequenceRow {
     const char *x;
     const char *text;
-    std::vector<const char *> members;
+    std::vector<std::string> members;
 };
 
 inline const std::vector<SequenceRow> &sequence_rows()
@@ -152,35 +146,25 @@ struct NotationCase {
     const char *text;
 };
 
-// With all six toggles on.
+// With all six toggles on; the text of every sequence row above is checked
+// as well, so the forms those show are not repeated here.
 inline const std::vector<NotationCase> &notation_all_on()
 {
     static const std::vector<NotationCase> rows = {
-        {"0", "111111", "0"},
-        {"3", "111111", "3"},
         {"omega.2+3", "111111", "omega.2+3"},
-        {"psi_{0}(2)", "111111", "omega^{2}"},
-        {"psi_{0}(omega)", "111111", "omega^{omega}"},
         {"psi_{1}(1)", "111111", "omega^{Omega+1}"},
-        {"psi_{1}(Omega)", "111111", "omega^{Omega.2}"},
         {"psi_{1}(psi_{1}(Omega))", "111111", "omega^{omega^{Omega.2}}"},
         {"psi_{0}(Omega+1)", "111111", "omega^{epsilon_{0}+1}"},
         {"psi_{0}(Omega+psi_{0}(Omega))", "111111", "omega^{epsilon_{0}.2}"},
-        {"psi_{0}(Omega)", "111111", "epsilon_{0}"},
-        {"psi_{0}(Omega.2)", "111111", "epsilon_{1}"},
         {"psi_{0}(psi_{1}(1))", "111111", "epsilon_{omega}"},
         {"psi_{0}(psi_{1}(1)+Omega)", "111111", "epsilon_{omega+1}"},
         {"psi_{1}(Omega_{2})", "111111", "epsilon_{Omega+1}"},
-        {"psi_{0}(psi_{1}(Omega))", "111111", "varphi_{2}(0)"},
         {"psi_{0}(psi_{1}(Omega).2)", "111111", "varphi_{2}(1)"},
         {"psi_{0}(psi_{1}(Omega+3))", "111111", "varphi_{2}(omega^{3})"},
         {"psi_{0}(psi_{1}(Omega.2)+psi_{1}(Omega))", "111111", "varphi_{2}(varphi_{3}(0)+1)"},
         {"psi_{0}(psi_{1}(Omega+1)+psi_{1}(Omega))", "111111", "varphi_{2}(omega+1)"},
         {"psi_{0}(psi_{1}(psi_{1}(1)))", "111111", "varphi_{omega}(0)"},
         {"psi_{0}(psi_{1}(psi_{1}(1)+Omega))", "111111", "varphi_{omega+1}(0)"},
-        {"psi_{0}(psi_{1}(psi_{1}(Omega)))", "111111", "psi_{0}(omega^{omega^{Omega.2}})"},
-        {"psi_{0}(Omega_{2})", "111111", "psi_{0}(Omega_{2})"},
-        {"psi_{0}(I)", "111111", "psi_{0}(I)"},
     };
     return rows;
 }
@@ -193,12 +177,8 @@ inline const std::vector<NotationCase> &notation_other_rows()
         {"3", "010000", "psi_{0}(0).3"},
         {"omega", "000000", "psi_{0}(psi_{0}(0))"},
         {"omega", "100000", "psi_{0}(1)"},
-        {"omega.2+3", "101111", "omega+omega+3"},
         {"omega.2+3", "011111", "omega.2+psi_{0}(0).3"},
         {"Omega", "100000", "psi_{1}(0)"},
-        {"Omega.2", "101111", "Omega+Omega"},
-        {"psi_{0}(2)", "011111", "omega^{psi_{0}(0).2}"},
-        {"psi_{0}(Omega)", "111011", "psi_{0}(Omega)"},
         {"psi_{0}(Omega.2)", "011111", "epsilon_{psi_{0}(0)}"},
         {"psi_{0}(psi_{1}(Omega))", "111101", "psi_{0}(omega^{Omega.2})"},
         {"psi_{0}(psi_{1}(Omega))", "011111", "varphi_{psi_{0}(0).2}(0)"},
@@ -208,16 +188,16 @@ inline const std::vector<NotationCase> &notation_other_rows()
     return rows;
 }
 
-// The psi text of every row of the three tables.
+// The psi text of every row of the three tables, and of two more values
+// whose walks pass through the templates of Omega.n and psi_1.
 inline std::vector<const char *> table_ordinals()
 {
-    std::vector<const char *> all;
+    std::vector<const char *> all = {"Omega.2", "psi_{1}(Omega)"};
     for (const SequenceRow &r : sequence_rows())
         all.push_back(r.x);
-    for (const NotationCase &c : notation_all_on())
-        all.push_back(c.x);
-    for (const NotationCase &c : notation_other_rows())
-        all.push_back(c.x);
+    for (const auto *table : {&notation_all_on(), &notation_other_rows()})
+        for (const NotationCase &c : *table)
+            all.push_back(c.x);
     return all;
 }
 

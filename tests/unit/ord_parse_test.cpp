@@ -1,5 +1,5 @@
-// The reader of ordinal text: what it takes, what it refuses and where, and
-// the round trip of every ordinal met below the table rows through the psi rows.
+// The reader of ordinal text: what it takes, what it refuses and where. The
+// round trip through the notation is in ord_random_test.cpp.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -14,35 +14,21 @@ class Parse : public InBothModes {};
 
 TEST_P(Parse, ReadsThePsiFormAndSumsAsOrdinals)
 {
-    struct Case {
-        const char *in;
-        const char *text;  // all toggles on
-    };
-    const Case cases[] = {
-        {"0", "0"},
-        {"0+0", "0"},
-        {" omega + 1 ", "omega+1"},
-        {"1+omega", "omega"},
-        {"omega+omega", "omega.2"},
-        {"omega.2+omega.3+5+2", "omega.5+7"},
-        {"3.2", "6"},
-        {"psi_{0}(0)+psi_{0}(0)+psi_{0}(0)", "3"},
-        {"psi_{0}(0).3", "3"},
-        {"psi_{0}(psi_{0}(0))", "omega"},
-        {"psi_{0}(1)", "omega"},
-        {"psi_{1}(0)", "Omega"},
-        {"Omega_{1}", "Omega"},
-        {"Omega_{0}", "1"},
-        {"Omega_{psi_{0}(0)+psi_{0}(0)}", "Omega_{2}"},
-        {"Omega+Omega", "Omega.2"},
-        {"4294967294", "4294967294"},
+    // what is read, and its text with all toggles on
+    const std::pair<const char *, const char *> cases[] = {
+        {"0", "0"},                     {"0+0", "0"},           {" omega + 1 ", "omega+1"},
+        {"1+omega", "omega"},           {"omega.2+omega.3+5+2", "omega.5+7"},
+        {"3.2", "6"},                   {"psi_{0}(0)+psi_{0}(0)+psi_{0}(0)", "3"},
+        {"psi_{0}(0).3", "3"},          {"psi_{0}(1)", "omega"},
+        {"psi_{1}(0)", "Omega"},        {"Omega_{1}", "Omega"}, {"Omega_{0}", "1"},
+        {"Omega_{psi_{0}(0)+psi_{0}(0)}", "Omega_{2}"},         {"4294967294", "4294967294"},
         // fixed points are collapsed
         {"psi_{0}(psi_{0}(Omega))", "epsilon_{0}"},
         {"psi_{1}(psi_{1}(Omega_{2}))", "epsilon_{Omega+1}"},
         {"psi_{0}(I)", "psi_{0}(I)"},
     };
-    for (const Case &c : cases)
-        EXPECT_EQ(text_of(pool.read(c.in)), c.text) << c.in;
+    for (const auto &[in, text] : cases)
+        EXPECT_EQ(text_of(pool.read(in)), text) << in;
 }
 
 TEST_P(Parse, RefusesWithThePositionOfTheFirstBadCharacter)
@@ -105,44 +91,6 @@ TEST_P(Parse, NestingIsBounded)
     EXPECT_EQ(error.position, 1u + 8u * ORD_PARSE_MAX_DEPTH) << error.message;
 }
 
-// The rows that write only psi: n, alpha.n and Omega_alpha each on or off.
-std::vector<std::string> psi_rows()
-{
-    std::vector<std::string> rows;
-    for (int bits = 0; bits < 8; bits++) {
-        std::string row = "000000";
-        row[0] = bits & 1 ? '1' : '0';
-        row[1] = bits & 2 ? '1' : '0';
-        row[5] = bits & 4 ? '1' : '0';
-        rows.push_back(row);
-    }
-    return rows;
-}
-
-TEST_P(Parse, EveryOrdinalMetReadsBackThroughEveryPsiRow)
-{
-    ExpansionWalk walk;
-    for (const char *row : table_ordinals())
-        walk.walk(pool.read(row), 3, 4);
-
-    size_t checked = 0;
-    for (Ord x : walk.met)
-        for (const std::string &bits : psi_rows()) {
-            std::string text = text_of(x, bits.c_str());
-            Ord back;
-            OrdParseError error;
-            ASSERT_TRUE(Ord_parse(text.c_str(), &back, &error))
-                << text << " (row " << bits << "): " << error.message;
-            EXPECT_EQ(Ord_cmp(back, x), 0) << text << " (row " << bits << ")";
-            EXPECT_EQ(shape_of(back), shape_of(x)) << text << " (row " << bits << ")";
-            Ord_free(back);
-            checked++;
-        }
-    EXPECT_GT(checked, 8u * 2000u);
-    walk.release();
-}
-
-INSTANTIATE_TEST_SUITE_P(Modes, Parse, testing::Values(MemoryMode::Heap, MemoryMode::Arena),
-                         memory_mode_name);
+INSTANTIATE_IN_BOTH_MODES(Parse);
 
 }  // namespace
