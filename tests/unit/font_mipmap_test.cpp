@@ -32,20 +32,17 @@ Levels chain(int w, int h, uint32_t c = 4)
 
 TEST(FontMipmap, ChainStopsAfterTheLevelOfSidesBelowFour)
 {
-    struct Case {
-        int w, h;
-        Levels expected;
-    } cases[] = {
-        {1, 1, {}},
-        {2, 2, {{1, 1}}},
-        {3, 3, {{1, 1}}},
-        {4, 4, {{2, 2}, {1, 1}}},
-        {8, 2, {{4, 1}, {2, 1}, {1, 1}}},
-        {1, 8, {{1, 4}, {1, 2}, {1, 1}}},  // thin levels read past their edge, inside the slack
-        {16, 1, {{8, 1}, {4, 1}, {2, 1}, {1, 1}}},
+    const std::pair<std::pair<int, int>, Levels> cases[] = {
+        {{1, 1}, {}},
+        {{2, 2}, {{1, 1}}},
+        {{3, 3}, {{1, 1}}},
+        {{4, 4}, {{2, 2}, {1, 1}}},
+        {{8, 2}, {{4, 1}, {2, 1}, {1, 1}}},
+        {{1, 8}, {{1, 4}, {1, 2}, {1, 1}}},  // thin levels read past their edge, inside the slack
+        {{16, 1}, {{8, 1}, {4, 1}, {2, 1}, {1, 1}}},
     };
-    for (const Case &c : cases)
-        EXPECT_EQ(chain(c.w, c.h), c.expected) << c.w << " by " << c.h;
+    for (const auto &[size, expected] : cases)
+        EXPECT_EQ(chain(size.first, size.second), expected) << size.first << " by " << size.second;
     Levels font = chain(2048, 1024);
     ASSERT_EQ(font.size(), 11u);
     EXPECT_EQ(font[0], std::make_pair(1024, 512));

@@ -1,5 +1,5 @@
 // Font registry: parsing items in order, resolving to near variants, cloning,
-// deleting with the texture, and selection.
+// deleting with the texture, selection, and measuring text in the selected font.
 #include <gtest/gtest.h>
 
 #include <math.h>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/bitmapfonts/font_registry.h"
+#include "support/bitmapfonts/text_measure.h"
 
 namespace {
 
@@ -29,8 +30,6 @@ Font *make_root(const char *name, uint32_t texture)
         f->glyph_w[c] = 30;
     f->glyph_w['W'] = 83;
     f->glyph_w['C'] = 35;
-    f->tex_w = 2048;
-    f->tex_h = 1024;
     f->max_w = 83;
     f->height = 74;
     f->cell_w = 36;
@@ -86,9 +85,9 @@ TEST_F(FontRegistry, ParseAppliesItemsInOrder)
         {"fullsize:scale=25px:big", px25 * 1.5f, px25 * 1.5f, 0, 0},
         {"fullsize:scale=50%", 0.5f, 0.5f, 0, 0},
         {"fullsize:size=2:size=3", 6, 6, 0, 0},
-        {"fullsize:small", 0.6666667f, 0.6666667f, 0, 0},
         {"fullsize:width=37px", 0.5f, 1, 0, 0},  // the divisor is the line height
         {"fullsize:height=200%:width=0.5", 0.5f, 2, 0, 0},
+        {"fullsize:small", 0.6666667f, 0.6666667f, 0, 0},
         {"fullsize:bold", 1.1f, 1, 0, 0.05f},
         {"fullsize:black", 1.2f, 1, 0, 0.08f},
         {"fullsize:demibold:boldness=83px", 1, 1, 0, 1.03f},
@@ -112,7 +111,16 @@ TEST_F(FontRegistry, ParseAppliesItemsInOrder)
     }
 }
 
-TEST_F(FontRegistry, ParseNamesAndTheRootInUse)
+// A registered copy of the root under another name.
+Font *renamed_clone(Font *font, const char *name)
+{
+    Font *copy = font_clone(font);
+    free(copy->name);
+    copy->name = strdup(name);
+    return copy;
+}
+
+TEST_F(FontRegistry, NamesAndTheRootInUse)
 {
     // the root's own fields come along, glyphs included; "normal" drops them
     EXPECT_EQ(parse("fullsize").glyphs, 512u);
@@ -125,25 +133,17 @@ TEST_F(FontRegistry, ParseNamesAndTheRootInUse)
         EXPECT_FLOAT_EQ(s.scale_x, 2) << text;
     }
     // a name registered twice is found at its lowest index
-    Font *first = font_clone(root);
-    free(first->name);
-    first->name = strdup("twin");
+    Font *first = renamed_clone(root, "twin");
     first->scale_x = 0.5f;
-    Font *second = font_clone(first);
-    second->scale_x = 0.25f;
+    font_clone(first)->scale_x = 0.25f;
     EXPECT_FLOAT_EQ(parse("TWIN").scale_x, 0.5f);
-}
 
-TEST_F(FontRegistry, ExistsLooksAtTheNameOnly)
-{
-    Font *normal = font_clone(root);
-    free(normal->name);
-    normal->name = strdup("normal");
-    EXPECT_EQ(font_exists("normal:big"), 1);
-    EXPECT_EQ(font_exists("NORMAL"), 1);
-    EXPECT_EQ(font_exists("fullsize:scale=3"), 1);
-    EXPECT_EQ(font_exists("norm"), 0);
-    EXPECT_EQ(font_exists("bigger"), 0);
+    // existence looks at the name before the first ":" only, case ignored
+    renamed_clone(root, "normal");
+    for (const char *name : {"normal:big", "NORMAL", "fullsize:scale=3"})
+        EXPECT_EQ(font_exists(name), 1) << name;
+    for (const char *name : {"norm", "bigger"})
+        EXPECT_EQ(font_exists(name), 0) << name;
 }
 
 TEST_F(FontRegistry, ResolveReusesWithinFivePerCent)
@@ -194,19 +194,6 @@ TEST_F(FontRegistry, DeleteFreesTheTextureWithItsLastFont)
     EXPECT_EQ(current_font, nullptr);
 }
 
-TEST_F(FontRegistry, DeletingTheSelectedFontSelectsAnother)
-{
-    font_select_spec(parse("fullsize:scale=25px"));
-    Font *selected = current_font;
-    ASSERT_NE(selected, root);
-    EXPECT_EQ(text_height, 25u);
-    font_delete(selected);
-    EXPECT_EQ(current_font, root);
-    EXPECT_EQ(text_height, 74u);
-    EXPECT_EQ(text_max_w, 83u);
-    EXPECT_EQ(text_cell_w, 36u);
-}
-
 TEST_F(FontRegistry, SelectionAndItsFigures)
 {
     font_select("fullsize:scale=25.000000px");
@@ -214,6 +201,7 @@ TEST_F(FontRegistry, SelectionAndItsFigures)
     EXPECT_EQ(text_max_w, 28u);
     EXPECT_EQ(text_cell_w, 12u);
     Font *at25 = current_font;
+    ASSERT_NE(at25, root);
 
     // a near spec keeps the font, and is remembered as asked
     font_select_spec(parse("fullsize:scale=25.2px"));
@@ -223,11 +211,19 @@ TEST_F(FontRegistry, SelectionAndItsFigures)
     uint32_t count = font_list.count;
     font_select_spec(parse("fullsize:scale=25.2px"));
     EXPECT_EQ(font_list.count, count);
+
+    // deleting the selected font selects another, with its figures
+    font_delete(at25);
+    EXPECT_EQ(current_font, root);
+    EXPECT_EQ(text_height, 74u);
+    EXPECT_EQ(text_max_w, 83u);
+    EXPECT_EQ(text_cell_w, 36u);
 }
 
 TEST_F(FontRegistry, ParseWithoutAnyFontMakesAPlaceholder)
 {
     empty_registry();
+    EXPECT_FLOAT_EQ(text_width("W"), 0) << "no font measures nothing";
     FontSpec spec;
     font_parse(&spec, "fullsize:scale=2");
     ASSERT_NE(spec.parent, nullptr);
@@ -236,6 +232,67 @@ TEST_F(FontRegistry, ParseWithoutAnyFontMakesAPlaceholder)
     EXPECT_EQ(spec.parent->glyph_w[0], 1u);
     EXPECT_EQ(current_font, spec.parent);
     EXPECT_FLOAT_EQ(spec.scale_x, 2);
+}
+
+// The root at 25 pixels: an advance is the glyph's scaled width plus 0.5
+// plus the spacing, a tenth of the line height, truncated to whole pixels.
+class TextMeasure : public FontRegistry {
+protected:
+    void SetUp() override
+    {
+        FontRegistry::SetUp();
+        font_select("fullsize:scale=25px");
+        ASSERT_EQ(text_height, 25u);
+    }
+};
+
+std::string control(uint8_t kind, uint32_t arg)
+{
+    std::string s = {0x05, (char)kind};
+    for (int i = 0; i < 4; i++)
+        s += (char)(arg >> (8 * i));
+    return s;
+}
+
+TEST_F(TextMeasure, AdvancesAreWholePixels)
+{
+    // 83 * 25/74 = 28.04, plus 0.5, plus the spacing 2.5: 31
+    EXPECT_FLOAT_EQ(text_width("W"), 31);
+    EXPECT_FLOAT_EQ(text_width("WW"), 62);
+    // 35 * 25/74 = 11.82 + 3 = 14 for the C, and 30 * 25/74 = 10.14 + 3 = 13 for
+    // the space: the space is a glyph like any other
+    EXPECT_FLOAT_EQ(text_width("C"), 14);
+    EXPECT_FLOAT_EQ(text_width("W C"), 58);
+    EXPECT_FLOAT_EQ(text_width(""), 0);
+    EXPECT_FLOAT_EQ(text_width(nullptr), text_width("NULL?"));
+    // a line break adds nothing: lines measure as their sum
+    EXPECT_FLOAT_EQ(text_width("WB\nWB"), 2 * text_width("WB"));
+    // glyph escapes are codes; 512 and above hold no glyph
+    EXPECT_FLOAT_EQ(text_width(std::string("\x02\x00\x57", 3).c_str()), 31);
+    EXPECT_FLOAT_EQ(text_width("\x02\x02\x01"), 0);
+    // boldness widens the advance: 28.04 * 1.5 + 3
+    font_select("fullsize:scale=25px:boldness=0.5");
+    EXPECT_FLOAT_EQ(text_width("W"), 45);
+}
+
+TEST_F(TextMeasure, ControlEscapes)
+{
+    // kind 1 sets the pen
+    EXPECT_FLOAT_EQ(text_width(("W" + control(1, 100) + "W").c_str()), 131);
+    // kind 2 scales later glyphs; the spacing keeps the line's value: 14.02 + 3 and 5.91 + 3
+    EXPECT_FLOAT_EQ(text_width(("W" + control(2, 128) + "WC").c_str()), 31 + 17 + 8);
+    // a colour, and kinds that mean nothing, change no width
+    std::string odd = "W" + control(0, 0xff0000) + control(7, 5) + control(0x85, 5) + "W";
+    EXPECT_FLOAT_EQ(text_width(odd.c_str()), 62);
+}
+
+TEST_F(TextMeasure, CutEscapesEndTheMeasure)
+{
+    const char alpha_cut[] = {'W', 0x02, 0x01, 0x00};
+    EXPECT_FLOAT_EQ(text_width_bytes(alpha_cut, 3), 31);
+    EXPECT_FLOAT_EQ(text_width_bytes(alpha_cut, 4), 31 + 13);
+    std::string script = "W" + control(2, 128);
+    EXPECT_FLOAT_EQ(text_width_bytes(script.c_str(), 4), 31);
 }
 
 }  // namespace
