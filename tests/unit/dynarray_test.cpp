@@ -7,77 +7,52 @@
 
 namespace {
 
-DynArray make_array(void **mirror = nullptr)
+std::vector<uint32_t> elements(const DynArray &a)
+{
+    return std::vector<uint32_t>(DynArray_at<uint32_t>(&a, 0), DynArray_at<uint32_t>(&a, a.count));
+}
+
+TEST(DynArray, GrowsByTheLoadFigureAndKeepsItsElements)
 {
     DynArray a;
     DynArray_init(&a, sizeof(uint32_t), dyn_default_capacity);
-    a.mirror = mirror;
-    if (mirror)
-        *mirror = a.data;
-    return a;
-}
-
-TEST(DynArray, GrowsByTheLoadFigure)
-{
-    DynArray a = make_array();
-    std::vector<uint32_t> capacities = {a.capacity};
-    for (uint32_t i = 0; i < 100; i++) {
-        DynArray_append(&a, &i);
+    void *first = a.data;
+    std::vector<uint32_t> capacities = {a.capacity}, expected;
+    for (uint32_t i = 0; i < 117; i++) {
+        EXPECT_EQ(DynArray_append(&a, &i), i);
+        EXPECT_TRUE(i > 0 || a.data == first) << "capacity 1, count 0: no allocation";
         if (a.capacity != capacities.back())
             capacities.push_back(a.capacity);
+        expected.push_back(i);
     }
     // a full array of n grows to trunc((n + 1) / 0.8)
-    std::vector<uint32_t> expected = {1, 2, 3, 5, 7, 10, 13, 17, 22, 28, 36, 46, 58, 73, 92, 116};
-    EXPECT_EQ(capacities, expected);
-    for (uint32_t i = 100; i < 116; i++)
-        DynArray_append(&a, &i);
-    // 116 full: the next append grows to 146
-    EXPECT_EQ(a.capacity, 116u);
-    uint32_t v = 0;
-    DynArray_append(&a, &v);
-    EXPECT_EQ(a.capacity, 146u);
+    EXPECT_EQ(capacities, (std::vector<uint32_t>{1, 2, 3, 5, 7, 10, 13, 17, 22, 28, 36, 46, 58, 73,
+                                                 92, 116, 146}));
+    EXPECT_EQ(elements(a), expected);
     DynArray_free(&a);
 
     // the step quoted for a hundred elements
-    DynArray b;
-    DynArray_init(&b, sizeof(uint32_t), 100);
+    DynArray_init(&a, sizeof(uint32_t), 100);
     for (uint32_t i = 0; i <= 100; i++)
-        DynArray_append(&b, &i);
-    EXPECT_EQ(b.capacity, 126u);
-    for (uint32_t i = 0; i <= 100; i++)
-        EXPECT_EQ(*DynArray_at<uint32_t>(&b, i), i) << "element " << i;
-    DynArray_free(&b);
-}
-
-TEST(DynArray, AppendReturnsIndexAndStoresInPlace)
-{
-    DynArray a = make_array();
-    void *before = a.data;
-    uint32_t v = 7;
-    EXPECT_EQ(DynArray_append(&a, &v), 0u);
-    EXPECT_EQ(a.data, before) << "capacity 1, count 0: no allocation";
-    v = 8;
-    EXPECT_EQ(DynArray_append(&a, &v), 1u);
-    EXPECT_EQ(*DynArray_at<uint32_t>(&a, 0), 7u);
-    EXPECT_EQ(*DynArray_at<uint32_t>(&a, 1), 8u);
+        DynArray_append(&a, &i);
+    EXPECT_EQ(a.capacity, 126u);
     DynArray_free(&a);
 }
 
 TEST(DynArray, RemoveMovesLastIntoPlaceAndIgnoresPastEnd)
 {
-    DynArray a = make_array();
+    DynArray a;
+    DynArray_init(&a, sizeof(uint32_t), 8);
     for (uint32_t i = 0; i < 5; i++)
         DynArray_append(&a, &i);
     DynArray_remove(&a, 9);
     EXPECT_EQ(a.count, 5u);
     DynArray_remove(&a, 1);
-    EXPECT_EQ(a.count, 4u);
-    std::vector<uint32_t> got(DynArray_at<uint32_t>(&a, 0), DynArray_at<uint32_t>(&a, 4));
-    EXPECT_EQ(got, (std::vector<uint32_t>{0, 4, 2, 3}));
+    EXPECT_EQ(elements(a), (std::vector<uint32_t>{0, 4, 2, 3}));
     DynArray_free(&a);
 }
 
-TEST(DynArray, ShrinksBelowSixtyPerCent)
+TEST(DynArray, ShrinksBelowSixtyPerCentDownToItsMinimum)
 {
     struct Case {
         uint32_t count, capacity;      // before the remove
@@ -85,36 +60,30 @@ TEST(DynArray, ShrinksBelowSixtyPerCent)
     };
     // count-1 over capacity below 0.6 shrinks to max(min, trunc((count-1) / 0.8))
     const Case cases[] = {
-        {5, 5, 5},     // 4/5 = 0.8: stays
-        {4, 5, 5},     // 3/5 = 0.6: not below, stays
-        {3, 5, 2},     // 2/5 = 0.4: shrinks to trunc(2.5)
-        {1, 2, 1},     // 0/2: shrinks to the floor of 1
-        {60, 100, 73}, // 59/100: shrinks to trunc(73.75)
-        {61, 100, 100},// 60/100: stays
+        {5, 5, 5},       // 4/5 = 0.8: stays
+        {4, 5, 5},       // 3/5 = 0.6: not below, stays
+        {3, 5, 2},       // 2/5 = 0.4: shrinks to trunc(2.5)
+        {1, 2, 1},       // 0/2: shrinks to the floor of 1
+        {60, 100, 73},   // 59/100: shrinks to trunc(73.75)
+        {61, 100, 100},  // 60/100: stays
     };
     for (const Case &c : cases) {
-        DynArray a = make_array();
-        for (uint32_t i = 0; i < c.capacity; i++)
-            DynArray_append(&a, &i);
-        // rebuild to exactly the case's capacity and count
-        DynArray_free(&a);
+        DynArray a;
         DynArray_init(&a, sizeof(uint32_t), c.capacity);
         a.min_capacity = 1;
         for (uint32_t i = 0; i < c.count; i++)
             DynArray_append(&a, &i);
         ASSERT_EQ(a.capacity, c.capacity);
         DynArray_remove(&a, c.count - 1);
-        EXPECT_EQ(a.capacity, c.expected_capacity)
-            << "count " << c.count << " capacity " << c.capacity;
-        EXPECT_EQ(a.count, c.count - 1);
+        EXPECT_EQ(a.capacity, c.expected_capacity) << "count " << c.count << " capacity " << c.capacity;
+        std::vector<uint32_t> kept(c.count - 1);
         for (uint32_t i = 0; i + 1 < c.count; i++)
-            ASSERT_EQ(*DynArray_at<uint32_t>(&a, i), i);
+            kept[i] = i;
+        EXPECT_EQ(elements(a), kept);
         DynArray_free(&a);
     }
-}
 
-TEST(DynArray, NeverShrinksBelowMinCapacity)
-{
+    // the initial capacity is the floor
     DynArray a;
     DynArray_init(&a, sizeof(uint32_t), 10);
     for (uint32_t i = 0; i < 12; i++)
@@ -128,29 +97,23 @@ TEST(DynArray, NeverShrinksBelowMinCapacity)
 TEST(DynArray, MirrorFollowsTheBlockExactlyWhenItMoves)
 {
     uint32_t *view = nullptr;
-    DynArray a = make_array((void **)&view);
+    DynArray a;
+    DynArray_init(&a, sizeof(uint32_t), dyn_default_capacity);
+    a.mirror = (void **)&view;
+    uint32_t *const mark = reinterpret_cast<uint32_t *>(0x1);  // the array must overwrite it on a move
     int moves = 0;
-    for (uint32_t i = 0; i < 50; i++) {
+    for (uint32_t i = 0; i < 100; i++) {
         void *before = a.data;
-        view = reinterpret_cast<uint32_t *>(0x1);  // a mark the array must overwrite on a move
-        DynArray_append(&a, &i);
-        if (a.data != before) {
-            moves++;
-            EXPECT_EQ(view, a.data) << "append " << i;
-        } else {
-            EXPECT_EQ(view, reinterpret_cast<uint32_t *>(0x1)) << "rewritten without a move, append " << i;
-        }
-    }
-    EXPECT_GT(moves, 5);
-    for (int i = 0; i < 50; i++) {
-        void *before = a.data;
-        view = reinterpret_cast<uint32_t *>(0x1);
-        DynArray_remove(&a, 0);
-        if (a.data != before)
-            EXPECT_EQ(view, a.data);
+        view = mark;
+        if (i < 50)
+            DynArray_append(&a, &i);
         else
-            EXPECT_EQ(view, reinterpret_cast<uint32_t *>(0x1));
+            DynArray_remove(&a, 0);
+        bool moved = a.data != before;
+        moves += moved;
+        EXPECT_EQ(view, moved ? (uint32_t *)a.data : mark) << "step " << i;
     }
+    EXPECT_GT(moves, 10);
     EXPECT_EQ(a.capacity, 1u);
     DynArray_free(&a);
     EXPECT_EQ(view, nullptr);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <math.h>
+#include <string.h>
+
 #include <string>
 
 #include "ord/navigation.h"
@@ -11,11 +13,13 @@
 
 namespace {
 
-std::string decimal(Bignum b)
+// Both ends of a view as exact decimals.
+std::string ends(Bignum lo, Bignum hi)
 {
-    char *text = Bignum_todecimal(b);
-    std::string s = text;
-    free(text);
+    char *a = Bignum_todecimal(lo), *b = Bignum_todecimal(hi);
+    std::string s = std::string(a) + " " + b;
+    free(a);
+    free(b);
     return s;
 }
 
@@ -27,49 +31,28 @@ void press_only(std::initializer_list<int32_t> keys)
     input_pump_end();
 }
 
-TEST(Navigation, ZoomSpeedByModifiers)
+TEST(Navigation, KeyZoomByModifiersAndItsClamp)
 {
     struct Case {
         std::initializer_list<int32_t> keys;
-        double speed;
+        double frame_dt, speed, factor, step;
     };
-    // the Ctrl rows are the products 3.0 * 0.3 and 9.0 * 0.3 at their exact bits
+    // the Ctrl speeds are the products 3.0 * 0.3 and 9.0 * 0.3 at their exact bits
     const Case cases[] = {
-        {{}, 3.0},
-        {{KEY_LSHIFT}, 9.0},
-        {{KEY_RCTRL}, 0.8999999999999999},
-        {{KEY_RSHIFT, KEY_LCTRL}, 2.6999999999999997},
+        {{}, 0.01, 3.0, 1.0, 0.03},
+        {{KEY_Z}, 0.01, 3.0, exp(0.03), 0.03},
+        {{KEY_UP, KEY_LSHIFT}, 0.01, 9.0, exp(0.09), 0.09},
+        {{KEY_X, KEY_RCTRL}, 0.01, 0.8999999999999999, exp(-0.009), 0.009},
+        {{KEY_DOWN, KEY_RSHIFT, KEY_LCTRL}, 0.01, 2.6999999999999997, exp(-0.027), 0.027},
+        {{KEY_Z, KEY_X}, 0.01, 3.0, exp(-0.03) * exp(0.03), 0.03},  // both cancel
+        {{KEY_Z}, 5.0, 3.0, exp(0.3), 0.3},                 // a slow frame does not jump
+        {{KEY_Z}, -0.01, 3.0, exp(-0.03), -0.03},           // the clock set back runs it backward
     };
     for (const Case &c : cases) {
         press_only(c.keys);
         EXPECT_EQ(navigation_zoom_speed(), c.speed);
-    }
-    input_reset_keys();
-    input_pump_end();
-}
-
-TEST(Navigation, KeyZoomAndItsClamp)
-{
-    struct Case {
-        std::initializer_list<int32_t> keys;
-        double frame_dt;
-        double factor;
-        double step;
-    };
-    const Case cases[] = {
-        {{}, 0.01, 1.0, 0.03},
-        {{KEY_Z}, 0.01, exp(0.03), 0.03},
-        {{KEY_UP}, 0.01, exp(0.03), 0.03},
-        {{KEY_X}, 0.01, exp(-0.03), 0.03},
-        {{KEY_DOWN}, 0.01, exp(-0.03), 0.03},
-        {{KEY_Z, KEY_X}, 0.01, exp(-0.03) * exp(0.03), 0.03},  // both cancel
-        {{KEY_Z}, 5.0, exp(0.3), 0.3},                       // a slow frame does not jump
-        {{KEY_Z}, -0.01, exp(-0.03), -0.03},                 // the clock set back runs it backward
-    };
-    for (const Case &c : cases) {
-        press_only(c.keys);
         double step = 0;
-        EXPECT_DOUBLE_EQ(navigation_key_zoom(c.frame_dt, 3.0, &step), c.factor) << "dt " << c.frame_dt;
+        EXPECT_DOUBLE_EQ(navigation_key_zoom(c.frame_dt, c.speed, &step), c.factor) << "dt " << c.frame_dt;
         EXPECT_DOUBLE_EQ(step, c.step);
     }
     input_reset_keys();
@@ -86,14 +69,13 @@ TEST(Navigation, DepthLimitKeysOnEdges)
     };
     // one pump per step; a held key counts once
     const Step steps[] = {
-        {{KEY_A}, -1}, {{}, -1}, {{KEY_S}, 0}, {{KEY_S}, 0}, {{}, 0},
-        {{KEY_S}, 1},  {{}, 1},  {{KEY_S}, 2}, {{}, 2},      {{KEY_A, KEY_S}, 2},
-        {{}, 2},       {{KEY_A}, 1}, {{}, 1},  {{KEY_A}, 0}, {{}, 0}, {{KEY_A}, -1},
+        {{KEY_A}, -1}, {{}, -1}, {{KEY_S}, 0}, {{KEY_S}, 0}, {{}, 0},      {{KEY_S}, 1},
+        {{}, 1},       {{KEY_S}, 2}, {{}, 2},  {{KEY_A, KEY_S}, 2}, {{}, 2}, {{KEY_A}, 1},
+        {{}, 1},       {{KEY_A}, 0}, {{}, 0},  {{KEY_A}, -1},
     };
     for (const Step &s : steps) {
         input_pump_begin();
-        for (int32_t k = 0; k < (int32_t)KEY_COUNT; k++)
-            key_down[k] = 0;
+        memset(key_down, 0, sizeof key_down);
         for (int32_t k : s.keys)
             key_down[k] = 1;
         input_pump_end();
@@ -110,15 +92,12 @@ TEST(Navigation, PanByArrowsAndDrag)
     struct Case {
         std::initializer_list<int32_t> keys;
         double frame_dt;
-        int32_t drag_dx;
-        int32_t pan;
+        int32_t drag_dx, pan;
     };
     const Case cases[] = {
-        {{}, 0.01, 0, 0},
-        {{KEY_RIGHT}, 0.01, 0, 10},
-        {{KEY_LEFT}, 0.01, 0, -10},
+        {{}, 0.01, 0, 0},          {{KEY_RIGHT}, 0.01, 0, 10}, {{KEY_LEFT}, 0.01, 0, -10},
         {{KEY_RIGHT, KEY_LEFT}, 0.01, 0, 0},
-        {{KEY_RIGHT}, 5.0, 0, 200},   // a 5-second frame pans by 0.2 of a width
+        {{KEY_RIGHT}, 5.0, 0, 200},    // a 5-second frame pans by 0.2 of a width
         {{}, 0.01, -37, -37},
         {{KEY_RIGHT}, 0.0155, 3, 18},  // truncated after adding the drag
     };
@@ -138,8 +117,7 @@ TEST(Navigation, FirstViewAndTheMinimumZoomRule)
     double min_length;
     view_start(&lo, &hi, &min_length);
     EXPECT_EQ(min_length, 1024.0);
-    EXPECT_EQ(decimal(lo), "128.0000");
-    EXPECT_EQ(decimal(hi), "1152.0000");
+    EXPECT_EQ(ends(lo, hi), "128.0000 1152.0000");
 
     // at the first view, zooming out is held at the limit
     EXPECT_DOUBLE_EQ(navigation_min_zoom(exp(-0.03), lo, hi, min_length), 1.0);
@@ -168,21 +146,17 @@ TEST(Navigation, ViewUpdateKeepsTheCentreColumnAndPans)
     Bignum lo = Bignum_fromdouble(100.0), hi = Bignum_fromdouble(900.0);
     // no input: rebuilt unchanged
     view_update(&lo, &hi, 1.0, 0);
-    EXPECT_EQ(decimal(lo), "100.0000");
-    EXPECT_EQ(decimal(hi), "900.0000");
+    EXPECT_EQ(ends(lo, hi), "100.0000 900.0000");
     // doubling about column 432: 100 -> -232, 900 -> 1368
     view_update(&lo, &hi, 2.0, 0);
-    EXPECT_EQ(decimal(lo), "-232.0000");
-    EXPECT_EQ(decimal(hi), "1368.0000");
+    EXPECT_EQ(ends(lo, hi), "-232.0000 1368.0000");
     // pan moves everything left
     view_update(&lo, &hi, 1.0, 50);
-    EXPECT_EQ(decimal(lo), "-282.0000");
-    EXPECT_EQ(decimal(hi), "1318.0000");
-    // an infinite factor leaves the view as it was
+    EXPECT_EQ(ends(lo, hi), "-282.0000 1318.0000");
+    // a factor that is not finite leaves the view as it was
     view_update(&lo, &hi, INFINITY, 10);
     view_update(&lo, &hi, NAN, 10);
-    EXPECT_EQ(decimal(lo), "-282.0000");
-    EXPECT_EQ(decimal(hi), "1318.0000");
+    EXPECT_EQ(ends(lo, hi), "-282.0000 1318.0000");
     Bignum_free(lo);
     Bignum_free(hi);
     screen_w = 0;

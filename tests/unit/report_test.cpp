@@ -8,7 +8,6 @@
 #include <vector>
 
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "ord/startup_check.h"
@@ -17,11 +16,8 @@
 
 namespace {
 
-struct Seen {
-    int32_t type;
-    std::string text;
-};
-std::vector<Seen> seen;
+// The type and text of every report the handler saw.
+std::vector<std::pair<int32_t, std::string>> seen;
 
 void recording_handler(ReportRecord *record)
 {
@@ -38,7 +34,6 @@ protected:
         char pattern[] = "/tmp/ordline-report-XXXXXX";
         dir = mkdtemp(pattern);
         ASSERT_EQ(chdir(dir.c_str()), 0);
-        seen.clear();
         report_handler = recording_handler;
         // make sure the stack exists and is back to one record
         report_inner("test", 1, REPORT_MESSAGE, "start", 0);
@@ -54,71 +49,57 @@ protected:
     }
     std::string read_file(const char *name)
     {
-        std::ifstream in(dir + "/" + name);
         std::stringstream s;
-        s << in.rdbuf();
+        s << std::ifstream(dir + "/" + name).rdbuf();
         return s.str();
     }
     std::string dir;
     uint32_t base_count = 0;
 };
 
-const std::regex stamped_line(
-    R"(\d{4}-(Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec)-\d{2} \d{2}:\d{2}:\d{2} (.*)\n)");
-
-TEST_F(Report, MessageReplacesTheTopRecord)
+// A log holds exactly one line: the UTC stamp, then the text.
+void expect_one_stamped_line(const std::string &log, const char *text)
 {
-    report_inner("test", 2, REPORT_MESSAGE, "one", 0);
+    static const std::regex stamped_line(
+        R"(\d{4}-(Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec)-\d{2} \d{2}:\d{2}:\d{2} (.*)\n)");
+    std::smatch m;
+    ASSERT_TRUE(std::regex_match(log, m, stamped_line)) << log;
+    EXPECT_EQ(m[2], text);
+}
+
+TEST_F(Report, StackRulesByType)
+{
+    // a message replaces the top record, freeing its copy of the text (a
+    // double free or a leak of these copies shows under the sanitizers)
+    report_inner("test", 2, REPORT_MESSAGE, "one", 1);
     report_inner("test", 3, REPORT_MESSAGE, "two", 0);
     EXPECT_EQ(report_stack.count, base_count);
     ReportRecord *top = DynArray_at<ReportRecord>(&report_stack, report_stack.count - 1);
     EXPECT_STREQ(top->text, "two");
     EXPECT_EQ(top->line, 3u);
-    ASSERT_EQ(seen.size(), 2u);
-    EXPECT_EQ(seen[1].type, REPORT_MESSAGE);
-}
-
-TEST_F(Report, BeginOpensALevelAndEndShowsItsText)
-{
-    report_inner("test", 2, REPORT_BEGIN, "loading", 1);
-    EXPECT_EQ(report_stack.count, base_count + 1);
-    report_inner("test", 3, REPORT_MESSAGE, "inner step", 1);
-    EXPECT_EQ(report_stack.count, base_count + 1);
-    report_inner("test", 4, REPORT_END, nullptr, 0);
+    // a warning and a question leave the stack as it was
+    report_inner("test", 4, REPORT_WARNING, "careful", 1);
+    EXPECT_EQ(report_inner("test", 5, REPORT_QUESTION, "sure?", 0), 1);
     EXPECT_EQ(report_stack.count, base_count);
-    ASSERT_EQ(seen.size(), 3u);
-    EXPECT_EQ(seen[2].type, REPORT_END);
-    EXPECT_EQ(seen[2].text, "loading") << "the END carries the text of its BEGIN";
+    // BEGIN opens a level that a message inside it keeps
+    report_inner("test", 6, REPORT_BEGIN, "loading", 1);
+    report_inner("test", 7, REPORT_MESSAGE, "inner step", 1);
+    EXPECT_EQ(report_stack.count, base_count + 1);
+    report_inner("test", 8, REPORT_END, nullptr, 0);
+    EXPECT_EQ(report_stack.count, base_count);
+    std::vector<int32_t> types;
+    for (const auto &[type, text] : seen)
+        types.push_back(type);
+    EXPECT_EQ(types, (std::vector<int32_t>{REPORT_MESSAGE, REPORT_MESSAGE, REPORT_WARNING,
+                                           REPORT_QUESTION, REPORT_BEGIN, REPORT_MESSAGE,
+                                           REPORT_END}));
+    EXPECT_EQ(seen.back().second, "loading") << "the END carries the text of its BEGIN";
     // the revealed record is cleared to all zeros
-    ReportRecord *top = DynArray_at<ReportRecord>(&report_stack, report_stack.count - 1);
+    top = DynArray_at<ReportRecord>(&report_stack, report_stack.count - 1);
     EXPECT_EQ(top->text, nullptr);
     EXPECT_EQ(top->type, 0);
-}
-
-TEST_F(Report, WarningAndQuestionLeaveTheStackAsItWas)
-{
-    report_inner("test", 2, REPORT_WARNING, "careful", 1);
-    EXPECT_EQ(report_stack.count, base_count);
-    EXPECT_EQ(report_inner("test", 3, REPORT_QUESTION, "sure?", 0), 1);
-    EXPECT_EQ(report_stack.count, base_count);
-    ASSERT_EQ(seen.size(), 2u);
-    EXPECT_EQ(seen[0].type, REPORT_WARNING);
-    EXPECT_EQ(seen[1].type, REPORT_QUESTION);
-}
-
-TEST_F(Report, OwnedTextsAreFreedOnce)
-{
-    // each copy is freed when the next report replaces it; a double free or a
-    // leak shows under the sanitizers
-    char buffer[32];
-    for (int i = 0; i < 5; i++) {
-        snprintf(buffer, sizeof buffer, "step %d", i);
-        report_inner("test", 2, REPORT_MESSAGE, buffer, 1);
-    }
-    report_inner("test", 3, REPORT_BEGIN, buffer, 1);
-    report_inner("test", 4, REPORT_END, nullptr, 0);
-    report_inner("test", 5, REPORT_MESSAGE, "constant", 0);
-    EXPECT_EQ(seen.back().text, "constant");
+    report_inner("test", 9, REPORT_MESSAGE, "constant", 0);
+    EXPECT_EQ(seen.back().second, "constant");
 }
 
 TEST_F(Report, WarningGoesToBothLogsWithAStamp)
@@ -126,97 +107,56 @@ TEST_F(Report, WarningGoesToBothLogsWithAStamp)
     report_handler = report_console_handler;
     windowed = 1;
     report_inner("test", 2, REPORT_WARNING, "Retry loop needed in segment()", 0);
-    std::smatch m;
-    std::string warnings = read_file("warnings.log");
-    ASSERT_TRUE(std::regex_match(warnings, m, stamped_line)) << warnings;
-    EXPECT_EQ(m[2], "Retry loop needed in segment()");
-    std::string errors = read_file("graphics_error.log");
-    ASSERT_TRUE(std::regex_match(errors, m, stamped_line)) << errors;
-}
+    expect_one_stamped_line(read_file("warnings.log"), "Retry loop needed in segment()");
+    expect_one_stamped_line(read_file("graphics_error.log"), "Retry loop needed in segment()");
 
-TEST_F(Report, UnopenableLogIsSkipped)
-{
-    // a directory in the log's place cannot be opened for append
-    ASSERT_EQ(mkdir("warnings.log", 0755), 0);
-    ASSERT_EQ(mkdir("graphics_error.log", 0755), 0);
-    report_handler = report_console_handler;
-    report_inner("test", 2, REPORT_WARNING, "nowhere to write", 0);
+    // a directory in the log's place cannot be opened for append: skipped
+    ASSERT_EQ(system("rm warnings.log graphics_error.log && mkdir warnings.log graphics_error.log"), 0);
+    report_inner("test", 3, REPORT_WARNING, "nowhere to write", 0);
     EXPECT_EQ(report_stack.count, base_count);
 }
 
-// The fatal paths: the child process ends with status 1 and leaves its log line.
-class ReportFatal : public Report {};
-
-TEST_F(ReportFatal, FatalEndsWithStatusOneAndOneLogLine)
-{
-    EXPECT_EXIT(
-        {
-            report_handler = report_console_handler;
-            windowed = 1;
-            report_inner("test", 2, REPORT_FATAL, "cannot go on", 1);
-        },
-        ::testing::ExitedWithCode(1), "");
-    std::smatch m;
-    std::string log = read_file("graphics_error.log");
-    ASSERT_TRUE(std::regex_match(log, m, stamped_line)) << log;
-    EXPECT_EQ(m[2], "cannot go on");
-}
-
-TEST_F(ReportFatal, StartupCheckWithoutAWindowIsFatal)
-{
-    EXPECT_EXIT(
-        {
-            report_handler = report_console_handler;
-            windowed = 1;
-            screen_w = 0;
-            startup_check_screen();
-        },
-        ::testing::ExitedWithCode(1), "");
-    std::smatch m;
-    std::string log = read_file("graphics_error.log");
-    ASSERT_TRUE(std::regex_match(log, m, stamped_line)) << log;
-    EXPECT_EQ(m[2], "GRAPHICS() macro not called at LOOP start, or no resolution specified");
-}
-
-TEST_F(ReportFatal, StartupCheckWithAWindowPasses)
-{
-    screen_w = 864;
-    startup_check_screen();
-    screen_w = 0;
-    EXPECT_EQ(read_file("graphics_error.log"), "");
-}
-
-TEST_F(ReportFatal, StackRuleViolationsAreFatal)
+// The fatal paths: the child process ends with status 1 and leaves one
+// stamped line in the error log.
+TEST_F(Report, FatalPathsExitWithStatusOneAndOneLogLine)
 {
     struct Case {
         const char *name;
-        ReportType type;
+        void (*body)();
         const char *message;
     };
     const Case cases[] = {
-        {"END on a one-record stack", REPORT_END, "Trying to pop empty stack in report_inner"},
-        {"PROGRESS", REPORT_PROGRESS, "Unknown ReportType in report_inner"},
-        {"type 0", (ReportType)0, "Unknown ReportType in report_inner"},
-        {"type 8", (ReportType)8, "Unknown ReportType in report_inner"},
+        {"FATAL", [] { report_inner("test", 2, REPORT_FATAL, "cannot go on", 1); }, "cannot go on"},
+        {"END on a one-record stack", [] { report_inner("test", 2, REPORT_END, "ignored", 0); },
+         "Trying to pop empty stack in report_inner"},
+        {"PROGRESS", [] { report_inner("test", 2, REPORT_PROGRESS, "ignored", 0); },
+         "Unknown ReportType in report_inner"},
+        {"type 0", [] { report_inner("test", 2, (ReportType)0, "ignored", 0); },
+         "Unknown ReportType in report_inner"},
+        {"type 8", [] { report_inner("test", 2, (ReportType)8, "ignored", 0); },
+         "Unknown ReportType in report_inner"},
+        {"startup check without a window",
+         [] {
+             screen_w = 0;
+             startup_check_screen();
+         },
+         "GRAPHICS() macro not called at LOOP start, or no resolution specified"},
     };
     for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
         unlink("graphics_error.log");
         EXPECT_EXIT(
             {
                 report_handler = report_console_handler;
                 windowed = 1;
-                report_inner("test", 2, c.type, "ignored", 0);
+                c.body();
             },
-            ::testing::ExitedWithCode(1), "")
-            << c.name;
-        std::smatch m;
-        std::string log = read_file("graphics_error.log");
-        ASSERT_TRUE(std::regex_match(log, m, stamped_line)) << c.name << ": " << log;
-        EXPECT_EQ(m[2], c.message) << c.name;
+            ::testing::ExitedWithCode(1), "");
+        expect_one_stamped_line(read_file("graphics_error.log"), c.message);
     }
 }
 
-TEST_F(ReportFatal, FatalWithoutHandlerStillExits)
+TEST_F(Report, FatalWithoutHandlerStillExitsAndAWindowPassesTheCheck)
 {
     EXPECT_EXIT(
         {
@@ -224,6 +164,9 @@ TEST_F(ReportFatal, FatalWithoutHandlerStillExits)
             report_inner("test", 2, REPORT_FATAL, "silent", 0);
         },
         ::testing::ExitedWithCode(1), "");
+    screen_w = 864;
+    startup_check_screen();
+    screen_w = 0;
     EXPECT_EQ(read_file("graphics_error.log"), "");
 }
 
