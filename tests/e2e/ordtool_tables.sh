@@ -1,6 +1,6 @@
 #!/bin/sh
-# ordtool from the outside: every row of the tables of telling sequences and
-# texts through print, expand and cmp, in heap and in arena mode, and the
+# ordtool from the outside: print, expand and cmp on a few telling rows, in
+# heap and in arena mode (the unit tests hold the full tables), and the
 # refusals with their status. Usage: ordtool_tables.sh PATH_TO_ORDTOOL
 tool=${1:?usage: ordtool_tables.sh PATH_TO_ORDTOOL}
 passed=0
@@ -51,70 +51,18 @@ expand_row() {
     check "expand $x" "$want" expand "$x" $#
 }
 
-# the telling sequences
-expand_row 'omega' 'omega' 0 1 2 3
-expand_row 'psi_{0}(2)' 'omega^{2}' 0 omega omega.2 omega.3
-expand_row 'psi_{0}(omega)' 'omega^{omega}' 1 omega 'omega^{2}' 'omega^{3}'
+# telling sequences: a limit of omega, a fixed point, the top
 expand_row 'psi_{0}(Omega)' 'epsilon_{0}' 1 omega 'omega^{omega}' 'omega^{omega^{omega}}'
-expand_row 'psi_{0}(Omega.2)' 'epsilon_{1}' 'epsilon_{0}' 'omega^{epsilon_{0}.2}' 'omega^{omega^{epsilon_{0}.2}}'
-expand_row 'psi_{0}(psi_{1}(Omega))' 'varphi_{2}(0)' 'epsilon_{0}' 'epsilon_{epsilon_{0}}' 'epsilon_{epsilon_{epsilon_{0}}}'
 expand_row 'psi_{0}(psi_{1}(psi_{1}(Omega)))' 'psi_{0}(omega^{omega^{Omega.2}})' 'varphi_{2}(0)' 'varphi_{varphi_{2}(0)}(0)' 'varphi_{varphi_{varphi_{2}(0)}(0)}(0)'
-expand_row 'psi_{0}(Omega_{2})' 'psi_{0}(Omega_{2})' 1 'epsilon_{0}' 'varphi_{2}(0)' 'psi_{0}(omega^{omega^{Omega.2}})'
-expand_row 'Omega_{omega}' 'Omega_{omega}' 1 Omega 'Omega_{2}' 'Omega_{3}'
-expand_row 'psi_{0}(Omega_{omega})' 'psi_{0}(Omega_{omega})' omega 'epsilon_{0}' 'psi_{0}(Omega_{2})' 'psi_{0}(Omega_{3})'
 expand_row 'psi_{0}(I)' 'psi_{0}(I)' omega 'epsilon_{0}' 'psi_{0}(Omega_{Omega})' 'psi_{0}(Omega_{Omega_{Omega}})'
 
-# the texts with all toggles on
-while IFS='|' read -r x text; do
-    check "print $x" "$text" print "$x"
-done <<'EOF'
-0|0
-3|3
-omega.2+3|omega.2+3
-psi_{0}(2)|omega^{2}
-psi_{0}(omega)|omega^{omega}
-psi_{1}(1)|omega^{Omega+1}
-psi_{1}(Omega)|omega^{Omega.2}
-psi_{1}(psi_{1}(Omega))|omega^{omega^{Omega.2}}
-psi_{0}(Omega+1)|omega^{epsilon_{0}+1}
-psi_{0}(Omega+psi_{0}(Omega))|omega^{epsilon_{0}.2}
-psi_{0}(Omega)|epsilon_{0}
-psi_{0}(Omega.2)|epsilon_{1}
-psi_{0}(psi_{1}(1))|epsilon_{omega}
-psi_{0}(psi_{1}(1)+Omega)|epsilon_{omega+1}
-psi_{1}(Omega_{2})|epsilon_{Omega+1}
-psi_{0}(psi_{1}(Omega))|varphi_{2}(0)
-psi_{0}(psi_{1}(Omega).2)|varphi_{2}(1)
-psi_{0}(psi_{1}(Omega+3))|varphi_{2}(omega^{3})
-psi_{0}(psi_{1}(Omega.2)+psi_{1}(Omega))|varphi_{2}(varphi_{3}(0)+1)
-psi_{0}(psi_{1}(Omega+1)+psi_{1}(Omega))|varphi_{2}(omega+1)
-psi_{0}(psi_{1}(psi_{1}(1)))|varphi_{omega}(0)
-psi_{0}(psi_{1}(psi_{1}(1)+Omega))|varphi_{omega+1}(0)
-psi_{0}(psi_{1}(psi_{1}(Omega)))|psi_{0}(omega^{omega^{Omega.2}})
-psi_{0}(Omega_{2})|psi_{0}(Omega_{2})
-psi_{0}(I)|psi_{0}(I)
-EOF
-
-# the texts in other rows (toggles n, alpha.n, omega, epsilon, varphi, Omega)
+# texts in other rows (toggles n, alpha.n, omega, epsilon, varphi, Omega)
 while IFS='|' read -r x bits text; do
     check "print $x --row $bits" "$text" print "$x" --row "$bits"
 done <<'EOF'
 3|000000|psi_{0}(0)+psi_{0}(0)+psi_{0}(0)
-3|010000|psi_{0}(0).3
-omega|000000|psi_{0}(psi_{0}(0))
-omega|100000|psi_{0}(1)
 omega.2+3|101111|omega+omega+3
-omega.2+3|011111|omega.2+psi_{0}(0).3
-Omega|100000|psi_{1}(0)
-Omega.2|101111|Omega+Omega
-psi_{0}(2)|011111|omega^{psi_{0}(0).2}
-psi_{0}(Omega)|111011|psi_{0}(Omega)
-psi_{0}(Omega.2)|011111|epsilon_{psi_{0}(0)}
-psi_{0}(psi_{1}(Omega))|111101|psi_{0}(omega^{Omega.2})
 psi_{0}(psi_{1}(Omega))|011111|varphi_{psi_{0}(0).2}(0)
-psi_{0}(psi_{1}(psi_{1}(1)))|110111|varphi_{psi_{0}(1)}(0)
-psi_{1}(Omega_{2})|111110|epsilon_{psi_{1}(0)+1}
-psi_{0}(I)|000000|psi_{0}(I)
 EOF
 
 # members in another row, and comparisons, the top included
