@@ -214,12 +214,14 @@ column_outside_band() {  # column_outside_band FILE C W H
 }
 
 
-# A click as a person makes it: press, hold across a few frames, release.
-# (A press and release inside one pump of the program would never show.)
-app_click() {  # app_click X Y
+# A click as a person makes it: press, hold across a few frames (0.15 s
+# unless HOLD says otherwise), release, and give the frames time to show it.
+# (A press and release inside one pump of the program would never show.) A
+# press in the middle strip brings the pressed point to the marker.
+app_click() {  # app_click X Y [HOLD]
     xdotool mousemove --window "$WID" "$1" "$2"
     xdotool mousedown 1
-    sleep 0.15
+    sleep "${3:-0.15}"
     xdotool mouseup 1
     sleep 0.4
 }

@@ -20,11 +20,7 @@ first=$(shot first)
 if reddish "$first"; then fail "the marker column already shows a successor's red"; fi
 
 # press on the stroke of 1 (column 148) and hold: it jumps to the marker
-xdotool mousemove --window "$WID" 148 300
-xdotool mousedown 1
-sleep 0.4
-xdotool mouseup 1
-sleep 0.3
+app_click 148 300 0.4
 jumped=$(shot jumped)
 check "the pressed stroke of 1 now stands at the marker column" reddish "$jumped"
 quit_app
@@ -48,11 +44,7 @@ quit_app
 
 # the long flight: aim at a point between ticks by pressing on it, then Shift+Z
 app_start || exit 1
-xdotool mousemove --window "$WID" 472 300
-xdotool mousedown 1
-sleep 0.4
-xdotool mouseup 1
-sleep 0.2
+app_click 472 300 0.4
 app_focus
 xdotool keydown shift+z
 sleep "${E2E_FLIGHT_SECONDS:-60}"

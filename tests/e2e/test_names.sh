@@ -14,11 +14,7 @@ check "no name stands near the marker in the first view ($near pixels)" [ "$near
 
 # the Bachmann-Howard ordinal stands at x 453.4 of the first view: a press on
 # its column at the height of the centre brings it to the marker, then Z
-xdotool mousemove --window "$WID" 453 324
-xdotool mousedown 1
-sleep 0.3
-xdotool mouseup 1
-sleep 0.3
+app_click 453 324 0.3
 app_hold z 1.5
 aimed=$(shot bachmann-howard)
 named=$(grey_text_pixels "$aimed" 220 500 420 0 $W $H)

@@ -44,11 +44,7 @@ check "the centre read-out stands at an eighth of the width, 0.78 down ($readout
 # Aim at 1 first (a press on its stroke brings it to the marker): the
 # read-out is then "1", short in every notation. (Under the marker of the
 # first view stands a tower of omega, whose psi form wraps over the panel.)
-xdotool mousemove --window "$WID" 148 324
-xdotool mousedown 1
-sleep 0.3
-xdotool mouseup 1
-sleep 0.4
+app_click 148 324 0.3
 aimed=$(shot aimed)
 readout=$(colour_count "$aimed" 300 70 100 500 255,255,255)
 check "the read-out shows the short text of 1 ($readout white pixels)" between "$readout" 20 400

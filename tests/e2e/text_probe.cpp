@@ -73,9 +73,7 @@ void draw_all()
         char spec[64];
         snprintf(spec, sizeof spec, "fullsize:scale=%dpx", p.size);
         font_select(spec);
-        text_begin();
-        text_draw(p.text, p.colour, p.x, p.y);
-        text_close();
+        text_put(p.text, p.colour, p.x, p.y);
     }
 }
 
