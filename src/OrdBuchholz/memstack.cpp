@@ -70,6 +70,10 @@ void *memstack_alloc(MemStack *stack, size_t bytes)
                 return nullptr;
             }
             stack->base[k] = (char *)malloc((size_t)size);
+            if (!stack->base[k]) {
+                REPORT(REPORT_FATAL, "Out of memory for a MemStack block", 0);
+                return nullptr;
+            }
             stack->end[k] = stack->base[k] + size;
         }
         stack->top = stack->base[k];

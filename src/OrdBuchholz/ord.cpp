@@ -4,6 +4,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "OrdBuchholz/ord_identity.h"
+#include "ord/dynarray.h"
+#include "support/report/report.h"
+
 // The active arena; null (heap mode) except while the frame loop lends it.
 MemStack *ord_arena = nullptr;
 
@@ -13,6 +17,8 @@ Ord Ord_alloc(uint32_t n)
         return Ord_zero();
     size_t bytes = (size_t)n * sizeof(OrdTerm);
     void *terms = ord_arena ? memstack_alloc(ord_arena, bytes) : malloc(bytes);
+    if (!terms)
+        REPORT(REPORT_FATAL, "Out of memory for ordinal terms", 0);
     return Ord{n, (OrdTerm *)terms};
 }
 
@@ -35,16 +41,43 @@ void Ord_freearray(Ord x)
     free(x.terms);
 }
 
+// Pops the last Ord of a DynArray used as a stack.
+static Ord stack_pop(DynArray *stack)
+{
+    return *DynArray_at<Ord>(stack, --stack->count);
+}
+
 void Ord_free(Ord x)
 {
     if (ord_arena || x.count == 0)
         return;
-    // last term first, sub before arg: the reverse of how a clone is built
-    for (uint32_t i = x.count; i-- > 0;) {
-        Ord_free(x.terms[i].sub);
-        Ord_free(x.terms[i].arg);
+    // an explicit stack and a visited set: the depth can run to hundreds of
+    // thousands of levels, and a value from Ord_clone may reach one array by
+    // several ways
+    OrdMap seen;
+    OrdMap_init(&seen, 16);
+    DynArray todo, found;
+    DynArray_init(&todo, sizeof(Ord), 16);
+    DynArray_init(&found, sizeof(Ord), 16);
+    bool added;
+    OrdMap_insert(&seen, x, &added);
+    DynArray_append(&todo, &x);
+    while (todo.count) {
+        Ord y = stack_pop(&todo);
+        DynArray_append(&found, &y);
+        for (uint32_t i = 0; i < y.count; i++) {
+            const Ord parts[2] = {y.terms[i].sub, y.terms[i].arg};
+            for (Ord part : parts)
+                if (part.count && (OrdMap_insert(&seen, part, &added), added))
+                    DynArray_append(&todo, &part);
+        }
     }
-    free(x.terms);
+    // freed only after the walk, which reads every array
+    for (uint32_t i = 0; i < found.count; i++)
+        free(DynArray_at<Ord>(&found, i)->terms);
+    DynArray_free(&found);
+    DynArray_free(&todo);
+    OrdMap_free(&seen);
 }
 
 Ord Ord_copy(Ord x)
@@ -57,13 +90,41 @@ Ord Ord_copy(Ord x)
 
 Ord Ord_clone(Ord x)
 {
-    Ord clone = Ord_alloc(x.count);
-    for (uint32_t i = x.count; i-- > 0;) {
-        clone.terms[i].coef = x.terms[i].coef;
-        clone.terms[i].sub = Ord_clone(x.terms[i].sub);
-        clone.terms[i].arg = Ord_clone(x.terms[i].arg);
+    if (x.count == 0)
+        return Ord_zero();
+    // one new array for each array of x, shared in the clone where x shares
+    // it, so a value built by expansion does not unfold into a tree
+    OrdMap copies;
+    OrdMap_init(&copies, 16);
+    DynArray todo;
+    DynArray_init(&todo, sizeof(Ord), 16);
+    bool added;
+    Ord root = Ord_alloc(x.count);
+    OrdMap_insert(&copies, x, &added)->value = root.terms;
+    DynArray_append(&todo, &x);
+    while (todo.count) {
+        Ord y = stack_pop(&todo);
+        OrdTerm *to = (OrdTerm *)OrdMap_find(&copies, y)->value;
+        for (uint32_t i = 0; i < y.count; i++) {
+            Ord parts[2] = {y.terms[i].sub, y.terms[i].arg};
+            for (Ord &part : parts) {
+                if (part.count == 0) {
+                    part = Ord_zero();
+                    continue;
+                }
+                OrdMapSlot *slot = OrdMap_insert(&copies, part, &added);
+                if (added) {
+                    slot->value = Ord_alloc(part.count).terms;
+                    DynArray_append(&todo, &part);
+                }
+                part.terms = (OrdTerm *)slot->value;
+            }
+            to[i] = OrdTerm{y.terms[i].coef, parts[0], parts[1]};
+        }
     }
-    return clone;
+    DynArray_free(&todo);
+    OrdMap_free(&copies);
+    return root;
 }
 
 Ord Ord_zero()

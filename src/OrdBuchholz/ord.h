@@ -14,7 +14,12 @@
 // count: a `sub` or `arg` may point into an array that belongs to another
 // value. Whoever allocated a top array frees it (Ord_freearray); Ord_free walks
 // down and is only for values that own everything below them (Ord_clone,
-// Ord_makeimpredfn, Ord_parse results, the top built by Ord_maketop).
+// Ord_parse results, the top built by Ord_maketop).
+//
+// Depth. Nesting reaches hundreds of thousands of levels deep in the line, so
+// no operation here or in the arithmetic, the templates, the expansion or the
+// notation recurses once per level: they keep explicit stacks on the heap.
+// Out of memory is a fatal report, never a null dereference.
 #pragma once
 
 #include <stdint.h>
@@ -67,15 +72,18 @@ Ord Ord_alloc1();
 Ord Ord_term(uint32_t coef, Ord sub, Ord arg);
 // Frees only the top array; nothing under the arena or for 0.
 void Ord_freearray(Ord x);
-// Frees every array at every depth; nothing under the arena or for 0. Only for
-// values that own everything below them.
+// Frees every array at every depth, each once however often it is reached;
+// nothing under the arena or for 0. Only for values that own everything below
+// them. Iterative: any depth costs heap, not stack.
 void Ord_free(Ord x);
 
 // ---- copies ----
 
 // A new top array with the term records copied; sub and arg stay shared.
 Ord Ord_copy(Ord x);
-// A copy in which every array at every depth is new; the caller owns it all.
+// A copy in which every array at every depth is new; the caller owns it all
+// (Ord_free). An array that x reaches by several ways is copied once and
+// shared the same way in the copy, so the copy is as small as x. Iterative.
 Ord Ord_clone(Ord x);
 
 // ---- small values and tests ----

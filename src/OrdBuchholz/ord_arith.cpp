@@ -1,26 +1,86 @@
 // Ordinal arithmetic: comparison, successor, predecessor and sum.
 #include "OrdBuchholz/ord_arith.h"
 
+#include <stdlib.h>
 #include <string.h>
+
+#include "support/report/report.h"
+
+// One pair of term arrays under comparison, equal up to term i so far.
+struct CmpFrame {
+    const OrdTerm *x, *y;
+    uint32_t nx, ny;  // their counts
+    uint32_t i;       // the term being compared
+    uint32_t stage;   // what comes next in term i: 0 sub, 1 arg, 2 coef
+};
+
+// The pending levels of Ord_cmp; kept between calls, grown on demand.
+static CmpFrame *cmp_stack = nullptr;
+static uint32_t cmp_capacity = 0;
+
+// The result when it can be had without looking inside, else 2. The same
+// array is equal to itself: values built by expansion share most of their
+// parts, so most comparisons end here instead of walking a shared tree.
+static inline int32_t cmp_shallow(Ord x, Ord y)
+{
+    if (x.terms == y.terms || x.count == 0 || y.count == 0)
+        return x.count < y.count ? -1 : x.count > y.count ? 1 : 0;
+    return 2;
+}
+
+static CmpFrame *cmp_push(uint32_t depth, Ord x, Ord y)
+{
+    if (depth >= cmp_capacity) {
+        uint32_t capacity = cmp_capacity ? cmp_capacity * 2 : 64;
+        CmpFrame *grown = (CmpFrame *)realloc(cmp_stack, (size_t)capacity * sizeof(CmpFrame));
+        if (!grown)
+            REPORT(REPORT_FATAL, "Out of memory for an ordinal comparison", 0);
+        cmp_stack = grown;
+        cmp_capacity = capacity;
+    }
+    cmp_stack[depth] = CmpFrame{x.terms, y.terms, x.count, y.count, 0, 0};
+    return &cmp_stack[depth];
+}
 
 int32_t Ord_cmp(Ord x, Ord y)
 {
-    for (uint32_t i = 0; i < x.count; i++) {
-        // x goes on where y has ended: y is a proper prefix
-        if (i >= y.count)
-            return 1;
-        const OrdTerm *s = &x.terms[i];
-        const OrdTerm *t = &y.terms[i];
-        int32_t r = Ord_cmp(s->sub, t->sub);
+    int32_t r = cmp_shallow(x, y);
+    if (r != 2)
+        return r;
+    // a difference anywhere decides at once, so the stack only holds levels
+    // that are equal so far; a finished level hands 0 back to its parent
+    uint32_t depth = 1;
+    CmpFrame *f = cmp_push(0, x, y);
+    for (;;) {
+        if (f->i >= f->nx || f->i >= f->ny) {
+            // x goes on where y has ended: y is a proper prefix, and the reverse
+            if (f->nx != f->ny)
+                return f->nx < f->ny ? -1 : 1;
+            if (--depth == 0)
+                return 0;
+            f = &cmp_stack[depth - 1];
+            continue;
+        }
+        const OrdTerm *s = &f->x[f->i];
+        const OrdTerm *t = &f->y[f->i];
+        if (f->stage == 2) {
+            if (s->coef != t->coef)
+                return s->coef < t->coef ? -1 : 1;
+            f->i++;
+            f->stage = 0;
+            continue;
+        }
+        Ord a = f->stage == 0 ? s->sub : s->arg;
+        Ord b = f->stage == 0 ? t->sub : t->arg;
+        f->stage++;
+        r = cmp_shallow(a, b);
+        if (r == 2) {
+            f = cmp_push(depth++, a, b);
+            continue;
+        }
         if (r)
             return r;
-        r = Ord_cmp(s->arg, t->arg);
-        if (r)
-            return r;
-        if (s->coef != t->coef)
-            return s->coef < t->coef ? -1 : 1;
     }
-    return x.count < y.count ? -1 : 0;
 }
 
 Ord Ord_succ(Ord x)

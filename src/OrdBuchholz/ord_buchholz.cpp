@@ -1,6 +1,7 @@
 // Buchholz normal form: collapse, templates, substitution and the normal test.
 #include "OrdBuchholz/ord_buchholz.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 #include "OrdBuchholz/ord_arith.h"
@@ -22,74 +23,125 @@ OrdTerm Ord_collapse(OrdTerm t)
     return t;
 }
 
+// The level below a template level: the placeholder is in the last term, in
+// its arg where that is not 0, else in its sub; null at the placeholder.
+static Ord *template_below(Ord level)
+{
+    OrdTerm *last = &level.terms[level.count - 1];
+    if (last->coef == 0)
+        return nullptr;
+    return last->arg.count ? &last->arg : &last->sub;
+}
+
 Ord Ord_makeimpredfn(Ord x)
 {
     if (x.count == 0) {
         REPORT(REPORT_FATAL, "Zero ordinal given to Ord_makeimpredfn", 0);
         return Ord_zero();
     }
-    uint32_t n = x.count;
-    const OrdTerm *last = Ord_lastterm(x);
-    Ord a = last->sub;
-    Ord b = last->arg;
+    // one new array per level of the chain of last terms that leads to the
+    // Omega_a; every other term record is copied and shares all below it
+    Ord tmpl = Ord_zero();
+    Ord *slot = &tmpl;
+    for (;;) {
+        uint32_t n = x.count;
+        const OrdTerm *last = Ord_lastterm(x);
+        Ord a = last->sub;
+        Ord b = last->arg;
 
-    // every term but the last, and one copy fewer of the last, stand as they
-    // are; the tail takes the place of the remaining copy
-    Ord tmpl = Ord_alloc(last->coef > 1 ? n + 1 : n);
-    for (uint32_t i = 0; i + 1 < n; i++) {
-        const OrdTerm *t = &x.terms[i];
-        tmpl.terms[i] = OrdTerm{t->coef, Ord_clone(t->sub), Ord_clone(t->arg)};
-    }
-    OrdTerm *tail = &tmpl.terms[n - 1];
-    if (last->coef > 1) {
-        *tail = OrdTerm{last->coef - 1, Ord_clone(a), Ord_clone(b)};
-        tail = &tmpl.terms[n];
-    }
+        // every term but the last, and one copy fewer of the last, stand as
+        // they are; the tail takes the place of the remaining copy
+        Ord level = Ord_alloc(last->coef > 1 ? n + 1 : n);
+        for (uint32_t i = 0; i + 1 < n; i++)
+            level.terms[i] = x.terms[i];
+        OrdTerm *tail = &level.terms[n - 1];
+        if (last->coef > 1) {
+            *tail = OrdTerm{last->coef - 1, a, b};
+            tail = &level.terms[n];
+        }
+        *slot = level;
 
-    if (b.count) {
-        // the Omega_a lies inside the argument
-        if (OrdTerm_isfinite(Ord_lastterm(b))) {
-            REPORT(REPORT_FATAL, "Successor ordinal argument given to Ord_makeimpredfn", 0);
+        if (b.count) {
+            // the Omega_a lies inside the argument
+            if (OrdTerm_isfinite(Ord_lastterm(b))) {
+                *tail = OrdTerm{0, Ord_zero(), Ord_zero()};
+                REPORT(REPORT_FATAL, "Successor ordinal argument given to Ord_makeimpredfn", 0);
+                return tmpl;
+            }
+            *tail = OrdTerm{1, a, Ord_zero()};
+            slot = &tail->arg;
+            x = b;
+        } else if (a.count && !OrdTerm_isfinite(Ord_lastterm(a))) {
+            // Omega_a with a limit subscript: the hole is inside the subscript
+            *tail = OrdTerm{1, Ord_zero(), Ord_zero()};
+            slot = &tail->sub;
+            x = a;
+        } else {
+            // this term is the Omega_a itself
+            *tail = OrdTerm{0, Ord_zero(), Ord_zero()};
             return tmpl;
         }
-        *tail = OrdTerm{1, Ord_clone(a), Ord_makeimpredfn(b)};
-    } else if (a.count && !OrdTerm_isfinite(Ord_lastterm(a))) {
-        // Omega_a with a limit subscript: the hole is inside the subscript
-        *tail = OrdTerm{1, Ord_makeimpredfn(a), Ord_zero()};
-    } else {
-        // this term is the Omega_a itself
-        *tail = OrdTerm{0, Ord_zero(), Ord_zero()};
     }
-    return tmpl;
+}
+
+void Ord_freetemplate(Ord tmpl)
+{
+    if (ord_arena)
+        return;
+    while (tmpl.count) {
+        Ord *below = template_below(tmpl);
+        Ord next = below ? *below : Ord_zero();
+        free(tmpl.terms);
+        tmpl = next;
+    }
 }
 
 Ord Ord_substitute(Ord tmpl, Ord p, DynArray *list)
 {
     if (tmpl.count == 0)
         return Ord_zero();
-
-    // one place per ordinary term, p's terms in place of each placeholder
-    uint32_t places = 0;
-    for (uint32_t i = 0; i < tmpl.count; i++)
-        places += tmpl.terms[i].coef ? 1 : p.count;
-
-    Ord r = Ord_alloc(places);
-    uint32_t j = 0;
-    for (uint32_t i = 0; i < tmpl.count; i++) {
-        const OrdTerm *t = &tmpl.terms[i];
-        if (t->coef == 0) {
-            if (p.count)
-                memcpy(r.terms + j, p.terms, (size_t)p.count * sizeof(OrdTerm));
-            j += p.count;
-            continue;
-        }
-        Ord sub = Ord_substitute(t->sub, p, list);
-        DynArray_append(list, &sub);
-        Ord arg = Ord_substitute(t->arg, p, list);
-        DynArray_append(list, &arg);
-        r.terms[j++] = OrdTerm{t->coef, sub, arg};
+    // the levels down to the placeholder, top first
+    static DynArray levels;
+    static bool levels_ready = false;
+    if (!levels_ready) {
+        DynArray_init(&levels, sizeof(Ord), 64);
+        levels_ready = true;
     }
-    return r;
+    levels.count = 0;
+    for (Ord level = tmpl;;) {
+        DynArray_append(&levels, &level);
+        Ord *below = template_below(level);
+        if (!below)
+            break;
+        level = *below;
+    }
+
+    // bottom up: the placeholder gives way to p's terms, concatenated with no
+    // absorption; each level above is its template level with the new level
+    // below in place of the old one
+    Ord below = Ord_zero();
+    for (uint32_t k = levels.count; k-- > 0;) {
+        Ord level = *DynArray_at<Ord>(&levels, k);
+        uint32_t keep = level.count - 1;
+        bool bottom = k + 1 == levels.count;
+        Ord r = Ord_alloc(bottom ? keep + p.count : level.count);
+        if (keep)
+            memcpy(r.terms, level.terms, (size_t)keep * sizeof(OrdTerm));
+        if (bottom) {
+            if (p.count)
+                memcpy(r.terms + keep, p.terms, (size_t)p.count * sizeof(OrdTerm));
+        } else {
+            OrdTerm t = level.terms[keep];
+            if (t.arg.count)
+                t.arg = below;
+            else
+                t.sub = below;
+            r.terms[keep] = t;
+            DynArray_append(list, &below);
+        }
+        below = r;
+    }
+    return below;
 }
 
 // Every psi_s(e) in t with s at least nu, reached through sums and the sub and

@@ -12,7 +12,12 @@
 //   in which Ord_cmp is the true order.
 //
 // A template is an Ord with exactly one placeholder term (coef 0, sub and arg
-// 0) at some depth. It owns all its arrays, and is released with Ord_free.
+// 0) at some depth, always at the end of the chain of last terms: in the arg
+// of a level's last term where that is not 0, else in its sub. The template
+// owns only the arrays of that chain, one per level; every other term record
+// is a copy that shares all below it with the ordinal the template was made
+// from, which must outlive the template and whatever is substituted into it.
+// It is released with Ord_freetemplate.
 #pragma once
 
 #include "OrdBuchholz/ord.h"
@@ -26,15 +31,18 @@ OrdTerm Ord_collapse(OrdTerm t);
 // replaced by the placeholder (Omega becomes x, Omega.2 becomes Omega + x,
 // psi_1(Omega) becomes psi_1(x), Omega_Omega becomes Omega_x). x must not be 0,
 // and no argument along that chain may be a successor: that is a fault of the
-// caller and a fatal report. The template owns every array (Ord_free).
+// caller and a fatal report. Costs one array per level of that chain; iterative.
 Ord Ord_makeimpredfn(Ord x);
+// Frees the chain of arrays a template owns; nothing under the arena.
+void Ord_freetemplate(Ord tmpl);
 
-// The template with every placeholder replaced by the terms of p, concatenated
+// The template with its placeholder replaced by the terms of p, concatenated
 // with no absorption (the copied terms share their sub and arg with p; p = 0
-// makes the placeholder vanish). Every array created below the top level,
-// zero-length ones included, is appended to `list` (a DynArray of Ord); the top
-// array is the caller's. Nothing of the template is shared, so it may be freed
-// afterwards.
+// makes the placeholder vanish). Only the chain down to the placeholder is
+// new: one array per level, each appended to `list` (a DynArray of Ord)
+// except the top array, which is the caller's. Everything else is shared with
+// what the template shares, never with the template's own arrays, so the
+// template may be freed afterwards.
 Ord Ord_substitute(Ord tmpl, Ord p, DynArray *list);
 
 // True if x is in Buchholz normal form: every coefficient at least 1 (I only

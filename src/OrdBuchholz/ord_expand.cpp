@@ -17,9 +17,14 @@ static OrdExpansion expansion_new(int32_t n)
     OrdExpansion e;
     e.n = n;
     e.seq = (Ord *)malloc((size_t)(n > 0 ? n : 1) * sizeof(Ord));
+    if (!e.seq)
+        REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
     DynArray_init(&e.keep, sizeof(Ord), dyn_default_capacity);
     return e;
 }
+
+uint64_t ord_work_left = UINT64_MAX;
+uint32_t ord_depth_limit = 0;
 
 // One new term array holding the terms of `head` followed by those of `m`,
 // concatenated with no absorption.
@@ -33,32 +38,62 @@ static Ord concat_terms(Ord head, Ord m)
     return r;
 }
 
-// Replaces every member m of r by head followed by m; m moves to keep, so that
-// each array still stands exactly once.
-static void members_prefix(OrdExpansion *r, Ord head)
+// How one level of the chain rebuilds the members of the level below.
+enum ExpandStep : uint32_t {
+    STEP_SUM,       // a sum: the head stays, the last term is expanded
+    STEP_MULTIPLE,  // c.t: (c - 1).t stays, one t is expanded
+    STEP_ARG,       // psi_a(b), b a limit: psi_a of the members of b
+    STEP_SUB,       // Omega_a, a a limit: Omega of the members of a
+};
+
+struct ExpandLevel {
+    ExpandStep step;
+    Ord x;    // the ordinal of this level
+    Ord one;  // STEP_MULTIPLE: the one term expanded, a new array for keep
+};
+
+// The levels of the current expansion, top first; kept between calls.
+static DynArray expand_levels;
+static bool expand_levels_ready = false;
+
+// The index in ord_path of the ordinal whose template iterates Omega_a: the
+// element after the nearest enclosing one-term psi_s(...) with s below a, or
+// the first element when there is none.
+static uint32_t template_source(Ord a)
 {
-    for (int32_t i = 0; i < r->n; i++) {
-        DynArray_append(&r->keep, &r->seq[i]);
-        r->seq[i] = concat_terms(head, r->seq[i]);
+    const Ord *path = DynArray_at<Ord>(&ord_path, 0);
+    for (uint32_t k = ord_path.count; k-- > 0;) {
+        Ord e = path[k];
+        if (e.count == 1 && e.terms[0].coef == 1 && Ord_cmp(e.terms[0].sub, a) < 0)
+            return k + 1;
+    }
+    return 0;
+}
+
+// Levels of the template that x would give: the chain of last terms down to
+// its Omega_a, as Ord_makeimpredfn follows it.
+static uint64_t template_levels(Ord x)
+{
+    uint64_t levels = 1;
+    for (;;) {
+        const OrdTerm *last = Ord_lastterm(x);
+        if (last->arg.count)
+            x = last->arg;
+        else if (last->sub.count && !OrdTerm_isfinite(Ord_lastterm(last->sub)))
+            x = last->sub;
+        else
+            return levels;
+        if (OrdTerm_isfinite(Ord_lastterm(x)))
+            return levels;
+        levels++;
     }
 }
 
 // Omega_a with a zero or successor subscript: iterate the template of the
 // nearest enclosing term of lower subscript, in psi_(a-1).
-static OrdExpansion expand_omega(Ord a, int32_t n)
+static OrdExpansion expand_omega(Ord a, int32_t n, uint32_t from)
 {
-    // nearest enclosing one-term ordinal psi_s(...) with s below a
-    const Ord *path = DynArray_at<Ord>(&ord_path, 0);
-    uint32_t from = 0;
-    for (uint32_t k = ord_path.count; k-- > 0;) {
-        Ord e = path[k];
-        if (e.count == 1 && e.terms[0].coef == 1 && Ord_cmp(e.terms[0].sub, a) < 0) {
-            from = k + 1;
-            break;
-        }
-    }
-    // with no such term the chain's first element gives the template
-    Ord tmpl = Ord_makeimpredfn(path[from]);
+    Ord tmpl = Ord_makeimpredfn(*DynArray_at<Ord>(&ord_path, from));
     Ord p = Ord_pred(a);
 
     OrdExpansion r = expansion_new(n);
@@ -70,7 +105,19 @@ static OrdExpansion expand_omega(Ord a, int32_t n)
         DynArray_append(&r.keep, &s);
         r.seq[i] = Ord_term(1, p, s);
     }
-    Ord_free(tmpl);
+    Ord_freetemplate(tmpl);
+    return r;
+}
+
+// The expansion that cannot be afforded: no members.
+static OrdExpansion expansion_refused(uint32_t levels)
+{
+    for (uint32_t k = 0; k < levels; k++)
+        Ord_freearray(DynArray_at<ExpandLevel>(&expand_levels, k)->one);
+    OrdExpansion r;
+    r.seq = nullptr;
+    r.n = 0;
+    DynArray_init(&r.keep, sizeof(Ord), 1);
     return r;
 }
 
@@ -80,75 +127,108 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         REPORT(REPORT_FATAL, "Zero ordinal given to Ord_expand", 0);
         return expansion_new(0);
     }
-    DynArray_append(&ord_path, &x);
-    const OrdTerm *first = &x.terms[0];
+    if (!expand_levels_ready) {
+        DynArray_init(&expand_levels, sizeof(ExpandLevel), 64);
+        expand_levels_ready = true;
+    }
+    expand_levels.count = 0;
 
-    // I: 1, Omega, Omega_Omega, ... each the Omega of the one before
-    if (first->coef == ORD_COEF_I) {
-        OrdExpansion r = expansion_new(n);
+    // down the chain of cases to the one that makes members itself; each
+    // level above it only rebuilds them, so the work is levels times n
+    enum { BOTTOM_I, BOTTOM_SUCCESSOR, BOTTOM_OMEGA } bottom;
+    uint32_t from = 0;
+    uint64_t cost = 0;
+    for (;;) {
+        DynArray_append(&ord_path, &x);
+        const OrdTerm *first = &x.terms[0];
+        ExpandLevel level = {STEP_SUM, x, Ord_zero()};
+        Ord below;
+        if (first->coef == ORD_COEF_I) {
+            // I: 1, Omega, Omega_Omega, ... each the Omega of the one before
+            bottom = BOTTOM_I;
+            break;
+        }
+        if (x.count > 1) {
+            // the last term stands alone in x's own array
+            below = Ord_slice(x, x.count - 1, 1);
+        } else if (first->coef > 1) {
+            level.step = STEP_MULTIPLE;
+            level.one = Ord_term(1, first->sub, first->arg);
+            below = level.one;
+        } else if (first->arg.count && OrdTerm_isfinite(Ord_lastterm(first->arg))) {
+            // successor argument: 0, psi_a(p), psi_a(p).2, ... with b = p + 1
+            bottom = BOTTOM_SUCCESSOR;
+            break;
+        } else if (first->arg.count) {
+            level.step = STEP_ARG;
+            below = first->arg;
+        } else if (first->sub.count && !OrdTerm_isfinite(Ord_lastterm(first->sub))) {
+            level.step = STEP_SUB;
+            below = first->sub;
+        } else {
+            bottom = BOTTOM_OMEGA;
+            from = template_source(first->sub);
+            cost += template_levels(*DynArray_at<Ord>(&ord_path, from)) * (uint64_t)n;
+            break;
+        }
+        DynArray_append(&expand_levels, &level);
+        x = below;
+    }
+    uint32_t levels = expand_levels.count;
+    cost += (uint64_t)(levels + 1) * (uint64_t)n;
+    if ((ord_depth_limit && cost / (uint64_t)n > ord_depth_limit) || cost > ord_work_left)
+        return expansion_refused(levels);
+    if (ord_work_left != UINT64_MAX)
+        ord_work_left -= cost;
+
+    OrdExpansion r;
+    const OrdTerm *first = &x.terms[0];
+    if (bottom == BOTTOM_I) {
+        r = expansion_new(n);
         for (int32_t i = 0; i < n; i++)
             r.seq[i] = i == 0 ? Ord_term(1, Ord_zero(), Ord_zero())
                               : Ord_term(1, r.seq[i - 1], Ord_zero());
-        return r;
-    }
-
-    // a sum: the head stays, the last term is expanded
-    if (x.count > 1) {
-        Ord head = Ord_copy(Ord_slice(x, 0, x.count - 1));
-        Ord tail = Ord_copy(Ord_slice(x, x.count - 1, 1));
-        OrdExpansion r = Ord_expand(tail, n);
-        DynArray_append(&r.keep, &tail);
-        members_prefix(&r, head);
-        Ord_freearray(head);
-        return r;
-    }
-
-    // a multiple c.t: (c - 1).t stays, one t is expanded
-    if (first->coef > 1) {
-        Ord one = Ord_term(1, first->sub, first->arg);
-        Ord rest = Ord_term(first->coef - 1, first->sub, first->arg);
-        OrdExpansion r = Ord_expand(one, n);
-        DynArray_append(&r.keep, &one);
-        members_prefix(&r, rest);
-        Ord_freearray(rest);
-        return r;
-    }
-
-    // from here on x is the single term psi_a(b)
-    Ord a = first->sub;
-    Ord b = first->arg;
-
-    // successor argument: 0, psi_a(p), psi_a(p).2, ... with b = p + 1
-    if (b.count && OrdTerm_isfinite(Ord_lastterm(b))) {
-        OrdExpansion r = expansion_new(n);
-        Ord p = Ord_pred(b);
+    } else if (bottom == BOTTOM_SUCCESSOR) {
+        r = expansion_new(n);
+        Ord p = Ord_pred(first->arg);
         DynArray_append(&r.keep, &p);
         for (int32_t i = 0; i < n; i++)
-            r.seq[i] = i == 0 ? Ord_zero() : Ord_term((uint32_t)i, a, p);
-        return r;
+            r.seq[i] = i == 0 ? Ord_zero() : Ord_term((uint32_t)i, first->sub, p);
+    } else {
+        r = expand_omega(first->sub, n, from);
     }
 
-    // limit argument: psi_a of the members of b
-    if (b.count) {
-        OrdExpansion r = Ord_expand(b, n);
+    // back up the chain: every member is rebuilt at each level, and the
+    // member it replaces moves to keep, so each array stands exactly once
+    for (uint32_t k = levels; k-- > 0;) {
+        const ExpandLevel *level = DynArray_at<ExpandLevel>(&expand_levels, k);
+        const OrdTerm *t = &level->x.terms[0];
+        if (level->step == STEP_MULTIPLE)
+            DynArray_append(&r.keep, &level->one);
         for (int32_t i = 0; i < r.n; i++) {
-            DynArray_append(&r.keep, &r.seq[i]);
-            r.seq[i] = Ord_term(1, a, r.seq[i]);
+            Ord m = r.seq[i];
+            DynArray_append(&r.keep, &m);
+            switch (level->step) {
+            case STEP_SUM:
+                r.seq[i] = concat_terms(Ord_slice(level->x, 0, level->x.count - 1), m);
+                break;
+            case STEP_MULTIPLE: {
+                r.seq[i] = Ord_alloc(m.count + 1);
+                r.seq[i].terms[0] = OrdTerm{t->coef - 1, t->sub, t->arg};
+                if (m.count)
+                    memcpy(r.seq[i].terms + 1, m.terms, (size_t)m.count * sizeof(OrdTerm));
+                break;
+            }
+            case STEP_ARG:
+                r.seq[i] = Ord_term(1, t->sub, m);
+                break;
+            case STEP_SUB:
+                r.seq[i] = Ord_term(1, m, Ord_zero());
+                break;
+            }
         }
-        return r;
     }
-
-    // Omega_a with a limit subscript: Omega of the members of a
-    if (a.count && !OrdTerm_isfinite(Ord_lastterm(a))) {
-        OrdExpansion r = Ord_expand(a, n);
-        for (int32_t i = 0; i < r.n; i++) {
-            DynArray_append(&r.keep, &r.seq[i]);
-            r.seq[i] = Ord_term(1, r.seq[i], Ord_zero());
-        }
-        return r;
-    }
-
-    return expand_omega(a, n);
+    return r;
 }
 
 OrdExpansion Ord_expandfresh(Ord x, int32_t n)

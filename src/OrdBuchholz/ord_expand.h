@@ -11,7 +11,16 @@
 // ordinal share one another without any count; every term array created
 // during an expansion stands exactly once as a top array, either in `seq` or
 // in `keep`. Ord_freeexpansion frees those top arrays and walks down nothing,
-// so the expanded ordinal must outlive its expansion. In arena mode the term
+// so the expanded ordinal must outlive its expansion.
+//
+// Cost. An expansion descends a chain of cases (sums, multiples, limit
+// arguments and subscripts) to one that makes members itself, and rebuilds
+// every member once per level on the way back: its work is about n times the
+// length of that chain (plus the template's length where Omega_a is
+// iterated). The chain is walked with an explicit stack, so its length costs
+// heap, not stack. Two limits, set by whoever runs the walk, refuse an
+// expansion that would cost more: a refused expansion has n = 0, no members
+// and nothing to keep, and has cost nothing. In arena mode the term
 // arrays stay in the arena until the rewind; `seq` and `keep`'s block always
 // come from the heap and are always freed.
 #pragma once
@@ -43,7 +52,16 @@ extern DynArray ord_path;
 // Ord_expand; release ord_path's storage (storing null through its mirror if
 // set); use the members; Ord_freeexpansion. A retry that needs more members
 // frees the expansion and starts again with a new path.
+// Refused (n = 0) when the work would pass ord_work_left or the chain
+// ord_depth_limit; otherwise ord_work_left is lowered by the work.
 OrdExpansion Ord_expand(Ord x, int32_t n);
+
+// Work that expansions may still do, in member arrays built (about n per level
+// of the chain); UINT64_MAX, the start value, is no limit.
+extern uint64_t ord_work_left;
+// Longest chain of levels (with the template's) an expansion may walk; 0, the
+// start value, is no limit.
+extern uint32_t ord_depth_limit;
 
 // Ord_expand from a fresh ord_path, which is released again before returning.
 OrdExpansion Ord_expandfresh(Ord x, int32_t n);

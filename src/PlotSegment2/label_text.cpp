@@ -9,14 +9,29 @@
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
+#include "support/gl/screen.h"
 
 // Work space of label_text: room for the expansion of the longest text that
 // is expanded at all.
 static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 
+// Bytes of a raw text that can reach the screen: a label starts at most ten
+// line heights left of the window, every glyph advances at least a pixel, and
+// the read-out wraps onto at most the lines the window holds. The rest of a
+// text that long is never seen, so it is never written.
+static size_t label_raw_limit()
+{
+    size_t h = text_height ? text_height : 1;
+    size_t reach = (size_t)(screen_w > 0 ? screen_w : 0) + 20 * h;
+    size_t lines = (size_t)(screen_h > 0 ? screen_h : 0) / h + 2;
+    size_t limit = reach * lines;
+    return limit > LABEL_TEXT_MAX ? limit : LABEL_TEXT_MAX + 1;
+}
+
 char *label_text(Ord x, NotationRow row)
 {
-    char *s = Ord_tostring(x, &row);
+    bool cut;
+    char *s = Ord_tostring_limit(x, &row, label_raw_limit(), &cut);
     size_t length = strlen(s);
     if (length > LABEL_TEXT_MAX)
         return s;
@@ -71,8 +86,10 @@ bool label_next(LabelLine *line)
             return true;
         }
         line->stage = 1;
-        // names are recognised by the text with every toggle on, whatever the rows say
-        char *s = Ord_tostring(line->r.ordlo, &new_row_template);
+        // names are recognised by the text with every toggle on, whatever the
+        // rows say; a text longer than any name is cut short unread
+        bool cut;
+        char *s = Ord_tostring_limit(line->r.ordlo, &new_row_template, NAMED_TEXT_MAX + 1, &cut);
         const char *name = named_ordinal_find(s);
         free(s);
         if (name) {

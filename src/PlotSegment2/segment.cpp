@@ -2,12 +2,14 @@
 #include "PlotSegment2/segment.h"
 
 #include "OrdBuchholz/ord_expand.h"
+#include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/navigation.h"
 #include "support/report/report.h"
 
 int32_t segment_depth = 0;
+int64_t segment_too_deep = 0;
 
 // The next converging tick: 0.2983 of the way from p to xhi.
 static Bignum converge_step(Bignum xhi, Bignum p)
@@ -15,11 +17,11 @@ static Bignum converge_step(Bignum xhi, Bignum p)
     return Bignum_lincomb(xhi, p, CONVERGE_COMPLEMENT, CONVERGE_RATIO);
 }
 
-// How many leading members do not exceed ordlo.
-static int32_t skipped_members(OrdExpansion e, Ord ordlo)
+// How many of the first c members do not exceed ordlo.
+static int32_t skipped_members(const Ord *seq, int32_t c, Ord ordlo)
 {
     int32_t m = 0;
-    while (m < e.n && Ord_cmp(e.seq[m], ordlo) <= 0)
+    while (m < c && Ord_cmp(seq[m], ordlo) <= 0)
         m++;
     return m;
 }
@@ -36,7 +38,7 @@ static void advance(Bignum xlo, Bignum xhi, Bignum *p, Bignum *q)
 
 // Ticks the interval needs, on numbers alone. Deliberately one tick late:
 // the first two rounds both test xlo, each later one the position before
-// the newest.
+// the newest. -1 when they would be more than SEGMENT_MAX_TICKS.
 static int32_t converging_tick_count(WalkRecord r, Bignum T)
 {
     int32_t n = 0;
@@ -46,14 +48,67 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T)
             q = converge_step(r.xhi, p);
         else
             advance(r.xlo, r.xhi, &p, &q);
-        if (n > 1000)
-            REPORT(REPORT_FATAL, "n>1000 in segment() converging ticks test loop", 0);
+        if (n >= SEGMENT_MAX_TICKS) {
+            n = -1;
+            break;
+        }
         n++;
     }
     if (p.limbs != r.xlo.limbs)
         Bignum_free(p);
     Bignum_free(q);
     return n;
+}
+
+// The members of an interval's sequence: kept ones, or an expansion of this
+// walk's own when the cache cannot keep them (it is full, or the limit belongs
+// to such an expansion).
+struct SegmentMembers {
+    const Ord *seq;
+    uint32_t entry;      // the cache entry, or CACHE_OFF
+    OrdExpansion owned;  // the walk's own expansion when entry is CACHE_OFF
+};
+
+// At least c members of r.ordhi's sequence; false if the work limits refuse them.
+static bool segment_members(WalkRecord r, int32_t c, SegmentMembers *out)
+{
+    if (r.ordhi_entry != CACHE_OFF) {
+        CachedExpansion kept;
+        bool full;
+        if (expansion_cache_get(r.ordhi, c, r.ordhi_entry, &kept, &full)) {
+            out->seq = kept.seq;
+            out->entry = kept.entry;
+            return true;
+        }
+        if (!full)
+            return false;
+    }
+    OrdExpansion e = Ord_expandfresh(r.ordhi, c);
+    if (e.n == 0) {
+        Ord_freeexpansion(e);
+        return false;
+    }
+    out->owned = e;
+    out->seq = e.seq;
+    out->entry = CACHE_OFF;
+    return true;
+}
+
+static void segment_members_free(SegmentMembers *members)
+{
+    if (members->entry == CACHE_OFF && members->owned.seq)
+        Ord_freeexpansion(members->owned);
+    members->owned = OrdExpansion{};
+    members->seq = nullptr;
+}
+
+// A leaf that the work limits would not let the walk divide: the callback is
+// told, so that the pass can mark it.
+static void too_deep_leaf(TickCallback fn, WalkRecord r)
+{
+    segment_too_deep++;
+    r.too_deep = true;
+    fn(r);
 }
 
 void segment(TickCallback fn, int32_t k, WalkRecord r)
@@ -92,25 +147,36 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     Bignum_free(minsize);
 
     int32_t n = converging_tick_count(r, T);
-
+    SegmentMembers members = {nullptr, CACHE_OFF, OrdExpansion{}};
     // the sequence with just the length the tick count asks for
     int32_t c = n + 2;
-    OrdExpansion e = Ord_expandfresh(r.ordhi, c);
-    int32_t m = skipped_members(e, r.ordlo);
+    if (n < 0 || !segment_members(r, c, &members)) {
+        Bignum_free(T);
+        too_deep_leaf(fn, r);
+        segment_depth--;
+        return;
+    }
+    int32_t m = skipped_members(members.seq, c, r.ordlo);
     // the n ticks must start behind the skipped members
     while (m > 2) {
         c = n + m;
-        Ord_freeexpansion(e);
-        e = Ord_expandfresh(r.ordhi, c);
-        m = skipped_members(e, r.ordlo);
+        segment_members_free(&members);
+        if (!segment_members(r, c, &members)) {
+            Bignum_free(T);
+            too_deep_leaf(fn, r);
+            segment_depth--;
+            return;
+        }
+        m = skipped_members(members.seq, c, r.ordlo);
         REPORT(REPORT_WARNING, "Retry loop needed in segment()", 0);
         if (n + m <= c)
             break;
     }
+    const Ord *seq = members.seq;
 
     // a first child ending in a limit has structure of its own: a larger share
     double aw, bw;
-    if (c > m && Ord_issuccessor(e.seq[m])) {
+    if (c > m && Ord_issuccessor(seq[m])) {
         aw = CONVERGE_RATIO;
         bw = CONVERGE_COMPLEMENT;
     } else {
@@ -123,15 +189,16 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
         if (!Bignum_lt(p, T) || !Bignum_ltd(p, r.right) || c <= m + i)
             break;
         WalkRecord child = r;
+        child.ordhi_entry = members.entry;
         int32_t child_k;
         if (i == 0) {
             q = Bignum_lincomb(r.xhi, p, bw, aw);
-            child.ordhi = e.seq[m];
+            child.ordhi = seq[m];
             child_k = k + 1;
         } else {
             advance(r.xlo, r.xhi, &p, &q);
-            child.ordlo = e.seq[m + i - 1];
-            child.ordhi = e.seq[m + i];
+            child.ordlo = seq[m + i - 1];
+            child.ordhi = seq[m + i];
             child_k = 0;
         }
         child.xlo = p;
@@ -143,6 +210,6 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     if (p.limbs != r.xlo.limbs)
         Bignum_free(p);
     Bignum_free(q);
-    Ord_freeexpansion(e);
+    segment_members_free(&members);
     segment_depth--;
 }

@@ -11,6 +11,7 @@
 
 #include <stdint.h>
 
+#include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord.h"
 #include "support/bignum/bignum.h"
 
@@ -28,6 +29,12 @@ struct WalkRecord {
     float yleft;    // screen y of the line at `left` (callbacks only)
     float yright;   // screen y of the line at `right` (callbacks only)
     float ticklen;  // tick stroke length in pixels (callbacks only)
+    // where ordhi comes from: the expansion cache entry whose member it is,
+    // CACHE_NONE for the top, CACHE_OFF when it cannot be kept
+    uint32_t ordhi_entry;
+    // set for a leaf that was not divided because the work limits of the
+    // expansion refused it: the line is "too deep" here this frame
+    bool too_deep;
 };
 
 // What a pass does at each interval where the recursion stops.
@@ -40,8 +47,18 @@ constexpr double CONVERGE_COMPLEMENT = 0.29829617100000005;
 
 // segment calls past the depth test at present; 0 between walks.
 extern int32_t segment_depth;
+// Leaves made "too deep" since the start value 0; passes read its growth.
+extern int64_t segment_too_deep;
+
+// Most converging ticks one interval may have; a view that needs more of them
+// (over 2,800 decades of zoom onto one limit) is a "too deep" leaf.
+constexpr int32_t SEGMENT_MAX_TICKS = 1000000;
 
 // Lays out the interval r and calls fn at every interval where it stops; k
-// counts the first-child steps that led here (0 from the walker). Ends the
-// program with a fatal report if an interval needs over 1000 converging ticks.
+// counts the first-child steps that led here (0 from the walker). The members
+// of each interval's sequence come from the expansion cache
+// (OrdBuchholz/expansion_cache.h) when it can keep them, and from an
+// expansion of the walk's own, freed on the way back, when it cannot. Where
+// the expansion's work limits refuse an interval it becomes a leaf with
+// too_deep set.
 void segment(TickCallback fn, int32_t k, WalkRecord r);

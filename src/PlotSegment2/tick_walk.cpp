@@ -44,9 +44,12 @@ void walk_record_screen(WalkRecord *record)
 
 void walk_line(TickCallback fn, WalkRecord r)
 {
-    Ord top = Ord_maketop();
+    // one top for every walk, so that its expansions can be kept
+    Ord top = expansion_cache_top();
     r.ordlo = Ord_zero();
     r.ordhi = top;
+    r.ordhi_entry = CACHE_NONE;
+    r.too_deep = false;
     segment(fn, 0, r);
 
     // the top ordinal gets its tick and label here
@@ -54,9 +57,6 @@ void walk_line(TickCallback fn, WalkRecord r)
     end.xlo = r.xhi;
     end.ordlo = top;
     fn(end);
-
-    if (!ord_arena)
-        Ord_free(top);
 }
 
 void tick_record(WalkRecord r)

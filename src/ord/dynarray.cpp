@@ -4,12 +4,16 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "support/report/report.h"
+
 uint32_t dyn_default_capacity = 1;
 
 // Moves the first `keep` elements into a fresh block of `capacity` elements.
 static void dynarray_realloc(DynArray *array, uint32_t capacity, uint32_t keep)
 {
     void *block = malloc((size_t)capacity * array->element_size);
+    if (!block)
+        REPORT(REPORT_FATAL, "Out of memory for a growable array", 0);
     memcpy(block, array->data, (size_t)keep * array->element_size);
     free(array->data);
     array->data = block;
@@ -29,6 +33,8 @@ void DynArray_init(DynArray *array, uint32_t element_size, uint32_t capacity)
     if (capacity == 0)
         capacity = 1;
     array->data = malloc((size_t)capacity * element_size);
+    if (!array->data)
+        REPORT(REPORT_FATAL, "Out of memory for a growable array", 0);
     array->mirror = nullptr;
     array->count = 0;
     array->capacity = capacity;
@@ -40,8 +46,13 @@ void DynArray_init(DynArray *array, uint32_t element_size, uint32_t capacity)
 uint32_t DynArray_append(DynArray *array, const void *element)
 {
     uint32_t n = array->count;
-    if (n >= array->capacity)
-        dynarray_realloc(array, (uint32_t)((n + 1.0) / dynarray_load_divisor(array)), n);
+    if (n >= array->capacity) {
+        double capacity = (n + 1.0) / dynarray_load_divisor(array);
+        // past 32 bits of count the array cannot grow: as fatal as a failed malloc
+        if (capacity >= 4294967295.0)
+            REPORT(REPORT_FATAL, "Out of memory for a growable array", 0);
+        dynarray_realloc(array, (uint32_t)capacity, n);
+    }
     memcpy((char *)array->data + (size_t)n * array->element_size, element, array->element_size);
     array->count = n + 1;
     return n;

@@ -6,10 +6,13 @@
 // name.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 // Number of entries in named_ordinals.
 constexpr int32_t NAMED_ORDINALS = 8;
+// Longest notation text in the table, in bytes: a longer text names nothing.
+constexpr size_t NAMED_TEXT_MAX = 48;
 
 struct NamedOrdinal {
     const char *notation;  // the text with all toggles on

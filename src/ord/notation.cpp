@@ -7,6 +7,7 @@
 
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
+#include "support/report/report.h"
 
 // A heap text that grows by doubling; always zero-terminated.
 struct NotationText {
@@ -24,7 +25,10 @@ static void text_reserve(NotationText *s, size_t more)
     size_t cap = s->cap ? s->cap : 64;
     while (s->len + more + 1 > cap)
         cap *= 2;
-    s->data = (char *)realloc(s->data, cap);
+    char *data = (char *)realloc(s->data, cap);
+    if (!data)
+        REPORT(REPORT_FATAL, "Out of memory for the text of an ordinal", 0);
+    s->data = data;
     s->cap = cap;
 }
 
@@ -41,11 +45,17 @@ static void text_append(NotationText *s, const char *str)
     text_append_bytes(s, str, strlen(str));
 }
 
-static void text_append_uint(NotationText *s, const char *format, uint32_t value)
+// `prefix` (empty or ".") and the decimal digits of value.
+static void text_append_uint(NotationText *s, const char *prefix, uint32_t value)
 {
     char digits[16];
-    int n = snprintf(digits, sizeof digits, format, value);
-    text_append_bytes(s, digits, (size_t)n);
+    char *end = digits + sizeof digits, *p = end;
+    do {
+        *--p = (char)('0' + value % 10);
+        value /= 10;
+    } while (value);
+    text_append(s, prefix);
+    text_append_bytes(s, p, (size_t)(end - p));
 }
 
 // ---- small ordinals ----
@@ -196,27 +206,66 @@ void notation_varphi_indices(const OrdTerm *t, Ord *A, Ord *B)
 
 // ---- text ----
 
-static void append_ord(NotationText *s, Ord x, const NotationRow *row);
+// One step of writing a text, on an explicit stack: the nesting of an
+// ordinal can run to hundreds of thousands of levels.
+enum PrintStep : uint32_t {
+    PRINT_TEXT,    // a fixed string
+    PRINT_ORD,     // an ordinal: its terms joined by "+", "0" for 0
+    PRINT_TERM,    // one term in the form the row gives it
+    PRINT_REPEAT,  // the coefficient after a term's form: ".n", or the form again
+    PRINT_FREE,    // a temporary ordinal whose text is written: release it
+};
 
-// Appends the ordinal and releases its top array.
-static void append_temporary(NotationText *s, Ord x, const NotationRow *row)
+struct PrintTask {
+    PrintStep step;
+    const char *text;   // PRINT_TEXT
+    Ord x;              // PRINT_ORD, PRINT_FREE
+    const OrdTerm *t;   // PRINT_TERM, PRINT_REPEAT
+    size_t start;       // PRINT_REPEAT: where the term's form begins
+};
+
+// The tasks still to do, last first; kept between calls, grown on demand.
+static PrintTask *print_tasks = nullptr;
+static size_t print_count = 0, print_capacity = 0;
+
+static void task(PrintStep step, const char *text, Ord x, const OrdTerm *t, size_t start)
 {
-    append_ord(s, x, row);
-    Ord_freearray(x);
+    if (print_count == print_capacity) {
+        size_t capacity = print_capacity ? 2 * print_capacity : 256;
+        PrintTask *grown = (PrintTask *)realloc(print_tasks, capacity * sizeof(PrintTask));
+        if (!grown)
+            REPORT(REPORT_FATAL, "Out of memory for the text of an ordinal", 0);
+        print_tasks = grown;
+        print_capacity = capacity;
+    }
+    print_tasks[print_count++] = PrintTask{step, text, x, t, start};
 }
 
-// The form of one term, without its coefficient.
-static void append_form(NotationText *s, const OrdTerm *t, NotationForm form,
-                        const NotationRow *row)
+static void task_text(const char *text)
+{
+    task(PRINT_TEXT, text, Ord_zero(), nullptr, 0);
+}
+
+// x's text; a temporary x is released after it.
+static void task_ord(Ord x, bool temporary)
+{
+    if (temporary)
+        task(PRINT_FREE, nullptr, x, nullptr, 0);
+    task(PRINT_ORD, nullptr, x, nullptr, 0);
+}
+
+// The form of one term, without its coefficient: its pieces go on the stack
+// in reverse, so that they come off in reading order.
+static void task_form(NotationText *s, const OrdTerm *t, NotationForm form)
 {
     switch (form) {
     case FORM_BIG_OMEGA:
         if (Ord_isone(t->sub)) {
             text_append(s, "Omega");
         } else {
+            task_text("}");
+            task_ord(t->sub, false);
             text_append(s, "Omega_{");
-            append_ord(s, t->sub, row);
-            text_append(s, "}");
         }
         break;
     case FORM_OMEGA: {
@@ -225,38 +274,38 @@ static void append_form(NotationText *s, const OrdTerm *t, NotationForm form,
             text_append(s, "omega");
             Ord_freearray(E);
         } else {
+            task_text("}");
+            task_ord(E, true);
             text_append(s, "omega^{");
-            append_temporary(s, E, row);
-            text_append(s, "}");
         }
         break;
     }
     case FORM_EPSILON:
+        task_text("}");
+        task_ord(notation_epsilon_index(t), true);
         text_append(s, "epsilon_{");
-        append_temporary(s, notation_epsilon_index(t), row);
-        text_append(s, "}");
         break;
     case FORM_VARPHI: {
         Ord A, B;
         notation_varphi_indices(t, &A, &B);
+        task_text(")");
+        task_ord(B, true);
+        task_text("}(");
+        task_ord(A, true);
         text_append(s, "varphi_{");
-        append_temporary(s, A, row);
-        text_append(s, "}(");
-        append_temporary(s, B, row);
-        text_append(s, ")");
         break;
     }
     default:
+        task_text(")");
+        task_ord(t->arg, false);
+        task_text("}(");
+        task_ord(t->sub, false);
         text_append(s, "psi_{");
-        append_ord(s, t->sub, row);
-        text_append(s, "}(");
-        append_ord(s, t->arg, row);
-        text_append(s, ")");
         break;
     }
 }
 
-static void append_term(NotationText *s, const OrdTerm *t, const NotationRow *row)
+static void print_term(NotationText *s, const OrdTerm *t, const NotationRow *row)
 {
     NotationForm form = notation_form(t, row);
     if (form == FORM_PLACEHOLDER) {
@@ -268,22 +317,26 @@ static void append_term(NotationText *s, const OrdTerm *t, const NotationRow *ro
         return;
     }
     if (form == FORM_NUMBER) {
-        text_append_uint(s, "%u", t->coef);
+        text_append_uint(s, "", t->coef);
         return;
     }
+    if (t->coef != 1)
+        task(PRINT_REPEAT, nullptr, Ord_zero(), t, s->len);
+    task_form(s, t, form);
+}
 
-    size_t start = s->len;
-    append_form(s, t, form, row);
-    if (t->coef == 1)
-        return;
+// After a form with coefficient c: ".c", or without "alpha.n" the form c - 1
+// times more, copied from the text, as far as `limit` wants.
+static void print_repeat(NotationText *s, const OrdTerm *t, size_t start, const NotationRow *row,
+                         size_t limit)
+{
     if (row_on(row, TOGGLE_DOT)) {
-        text_append_uint(s, ".%u", t->coef);
+        text_append_uint(s, ".", t->coef);
         return;
     }
-    // without ".n" the form is written coef times; copy it from the text
     size_t n = s->len - start;
-    text_reserve(s, ((size_t)t->coef - 1) * (n + 1));
-    for (uint32_t k = 1; k < t->coef; k++) {
+    for (uint32_t k = 1; k < t->coef && s->len < limit; k++) {
+        text_reserve(s, n + 1);
         s->data[s->len++] = '+';
         memcpy(s->data + s->len, s->data + start, n);
         s->len += n;
@@ -291,24 +344,54 @@ static void append_term(NotationText *s, const OrdTerm *t, const NotationRow *ro
     s->data[s->len] = 0;
 }
 
-static void append_ord(NotationText *s, Ord x, const NotationRow *row)
+char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
 {
-    if (x.count == 0) {
-        text_append(s, "0");
-        return;
+    print_count = 0;
+    NotationText s = {nullptr, 0, 0};
+    text_reserve(&s, 0);
+    s.data[0] = 0;
+    task_ord(x, false);
+    while (print_count) {
+        PrintTask k = print_tasks[--print_count];
+        // past the limit only the releases of temporaries are left to do
+        if (s.len >= limit && k.step != PRINT_FREE)
+            continue;
+        switch (k.step) {
+        case PRINT_TEXT:
+            text_append(&s, k.text);
+            break;
+        case PRINT_ORD:
+            if (k.x.count == 0) {
+                text_append(&s, "0");
+                break;
+            }
+            for (uint32_t i = k.x.count; i-- > 0;) {
+                task(PRINT_TERM, nullptr, Ord_zero(), &k.x.terms[i], 0);
+                if (i > 0)
+                    task_text("+");
+            }
+            break;
+        case PRINT_TERM:
+            print_term(&s, k.t, row);
+            break;
+        case PRINT_REPEAT:
+            print_repeat(&s, k.t, k.start, row, limit);
+            break;
+        case PRINT_FREE:
+            Ord_freearray(k.x);
+            break;
+        }
     }
-    for (uint32_t i = 0; i < x.count; i++) {
-        if (i > 0)
-            text_append(s, "+");
-        append_term(s, &x.terms[i], row);
+    *cut = s.len > limit;
+    if (*cut) {
+        s.len = limit;
+        s.data[limit] = 0;
     }
+    return s.data;
 }
 
 char *Ord_tostring(Ord x, const NotationRow *row)
 {
-    NotationText s = {nullptr, 0, 0};
-    text_reserve(&s, 0);
-    s.data[0] = 0;
-    append_ord(&s, x, row);
-    return s.data;
+    bool cut;
+    return Ord_tostring_limit(x, row, SIZE_MAX, &cut);
 }

@@ -16,6 +16,7 @@
 // with the input, which is only read.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "OrdBuchholz/ord.h"
@@ -52,8 +53,13 @@ enum NotationForm : int32_t {
 
 // The text of x in the notation of `row`: a new heap string, never null; the
 // caller frees it with free(). The length has no limit: with "alpha.n" off a
-// term with coefficient c is written c times.
+// term with coefficient c is written c times. Written with an explicit stack,
+// so any depth of nesting costs heap, not stack.
 char *Ord_tostring(Ord x, const NotationRow *row);
+// The first `limit` bytes of that text, and no work beyond them: *cut tells
+// whether the whole text is longer. For labels and read-outs, which can use
+// only so much of a text that may run to millions of bytes.
+char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut);
 
 // ---- the conversions, for callers that need the values behind the text ----
 // Each result is a new top array from Ord_alloc (release with Ord_freearray)

@@ -78,6 +78,7 @@ TEST_P(Notation, NamedOrdinalsAreFoundByTheirText)
         std::string text = text_of(pool.read(cases[i].x));
         EXPECT_EQ(text, named_ordinals[i].notation) << cases[i].x;
         EXPECT_STREQ(named_ordinals[i].name, cases[i].name);
+        EXPECT_LE(strlen(named_ordinals[i].notation), NAMED_TEXT_MAX);
         const char *found = named_ordinal_find(text.c_str());
         EXPECT_STREQ(found ? found : "(none)", cases[i].name);
     }

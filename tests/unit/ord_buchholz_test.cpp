@@ -68,8 +68,8 @@ TEST_P(Buchholz, TemplatesPutThePlaceholderAtTheEndingOmega)
         DynArray_init(&list, sizeof(Ord), dyn_default_capacity);
         Ord filled = Ord_substitute(t, pool.read("1"), &list);
         EXPECT_EQ(text_of(filled), c.filled_with_1) << c.x;
-        // the result holds nothing of the template: free it first
-        Ord_free(t);
+        // the result holds nothing of the template's own arrays: free it first
+        Ord_freetemplate(t);
         EXPECT_EQ(text_of(filled), c.filled_with_1) << c.x;
         Ord_freearray(filled);
         for (uint32_t i = 0; i < list.count; i++)
@@ -92,16 +92,24 @@ TEST_P(Buchholz, SubstitutionConcatenatesAndRecordsLowerArrays)
     Ord r1 = Ord_substitute(t, p, &list);
     EXPECT_EQ(shape_of(Ord_slice(r1, 1, 2)), shape_of(p));
     EXPECT_EQ(r1.terms[1].arg.terms, p.terms[0].arg.terms);
-    // every ordinary term at every depth gives its sub and arg, zero ones
-    // too: (2, 1, 0) has sub 1 = (1, 0, 0), so four arrays a substitution
-    EXPECT_EQ(list.count, 8u);
+    // only the chain down to the placeholder is new, and here it is the top
+    // array alone: nothing goes to the list
+    EXPECT_EQ(list.count, 0u);
+    // one array a level below the top, and the rest shared with the source
+    Ord deep = pool.read("psi_{0}(psi_{1}(Omega.2)+psi_{1}(Omega))");
+    Ord t2 = Ord_makeimpredfn(deep);
+    Ord r2 = Ord_substitute(t2, p, &list);
+    EXPECT_EQ(list.count, 2u);
+    EXPECT_EQ(r2.terms[0].arg.terms[0].arg.terms, deep.terms[0].arg.terms[0].arg.terms);
+    Ord_freetemplate(t2);
+    Ord_freearray(r2);
 
     Ord_freearray(r0);
     Ord_freearray(r1);
     for (uint32_t i = 0; i < list.count; i++)
         Ord_freearray(*DynArray_at<Ord>(&list, i));
     DynArray_free(&list);
-    Ord_free(t);
+    Ord_freetemplate(t);
 }
 
 TEST_P(Buchholz, NormalFormTest)

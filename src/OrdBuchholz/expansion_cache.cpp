@@ -1,0 +1,268 @@
+// The expansion cache: entries, their tree of dependence, and eviction.
+#include "OrdBuchholz/expansion_cache.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include "OrdBuchholz/ord_expand.h"
+#include "OrdBuchholz/ord_identity.h"
+#include "ord/dynarray.h"
+#include "support/report/report.h"
+
+// One kept expansion of one limit.
+struct CacheEntry {
+    Ord key;               // the limit, by identity
+    Ord *seq;              // the members, a heap array of n
+    int32_t n;
+    DynArray parts;        // of OrdExpansion: every expansion the members come from
+    uint64_t bytes;        // what the parts hold
+    uint64_t last_frame;   // the frame of the last request
+    uint32_t parent;       // entry whose member key is, or CACHE_NONE
+    uint32_t first_child;  // entries whose keys are members of this one
+    uint32_t next_sibling;
+    uint32_t prev_sibling;
+    bool live;
+};
+
+uint64_t expansion_cache_budget = (uint64_t)128 << 20;
+uint64_t expansion_cache_bytes = 0;
+
+static DynArray cache_entries;  // of CacheEntry
+static uint32_t cache_free_list = CACHE_NONE;  // dead entries, linked by next_sibling
+static OrdMap cache_index;      // key -> entry index + 1
+static bool cache_ready = false;
+static uint64_t cache_frame = 1;
+static Ord cache_top = {0, nullptr};
+
+static void cache_start()
+{
+    if (cache_ready)
+        return;
+    DynArray_init(&cache_entries, sizeof(CacheEntry), 64);
+    OrdMap_init(&cache_index, 64);
+    cache_ready = true;
+}
+
+static CacheEntry *entry_at(uint32_t i)
+{
+    return DynArray_at<CacheEntry>(&cache_entries, i);
+}
+
+Ord expansion_cache_top()
+{
+    if (cache_top.count == 0) {
+        MemStack *arena = ord_arena;
+        ord_arena = nullptr;
+        cache_top = Ord_maketop();
+        ord_arena = arena;
+    }
+    return cache_top;
+}
+
+// Bytes that an expansion holds on the heap.
+static uint64_t expansion_bytes(const OrdExpansion *e)
+{
+    uint64_t bytes = (uint64_t)e->n * sizeof(Ord) + (uint64_t)e->keep.capacity * sizeof(Ord);
+    for (int32_t i = 0; i < e->n; i++)
+        bytes += (uint64_t)e->seq[i].count * sizeof(OrdTerm);
+    for (uint32_t i = 0; i < e->keep.count; i++)
+        bytes += (uint64_t)DynArray_at<Ord>(&e->keep, i)->count * sizeof(OrdTerm);
+    return bytes;
+}
+
+static void unlink_child(CacheEntry *e)
+{
+    if (e->prev_sibling != CACHE_NONE)
+        entry_at(e->prev_sibling)->next_sibling = e->next_sibling;
+    else if (e->parent != CACHE_NONE)
+        entry_at(e->parent)->first_child = e->next_sibling;
+    if (e->next_sibling != CACHE_NONE)
+        entry_at(e->next_sibling)->prev_sibling = e->prev_sibling;
+}
+
+// Frees one entry that has no children left.
+static void entry_release(uint32_t index)
+{
+    CacheEntry *e = entry_at(index);
+    unlink_child(e);
+    OrdMap_remove(&cache_index, e->key);
+    // kept expansions are heap values whatever the mode of the moment
+    MemStack *arena = ord_arena;
+    ord_arena = nullptr;
+    for (uint32_t i = 0; i < e->parts.count; i++)
+        Ord_freeexpansion(*DynArray_at<OrdExpansion>(&e->parts, i));
+    ord_arena = arena;
+    DynArray_free(&e->parts);
+    free(e->seq);
+    expansion_cache_bytes -= e->bytes;
+    e->live = false;
+    e->next_sibling = cache_free_list;
+    cache_free_list = index;
+}
+
+// Evicts an entry and everything below it, deepest first, without recursion.
+static void entry_evict(uint32_t index)
+{
+    uint32_t at = index;
+    for (;;) {
+        CacheEntry *e = entry_at(at);
+        if (e->first_child != CACHE_NONE) {
+            at = e->first_child;
+            continue;
+        }
+        uint32_t parent = e->parent;
+        entry_release(at);
+        if (at == index)
+            return;
+        at = parent;
+    }
+}
+
+// Orders entry indices by the frame of their last use, oldest first.
+static int older_first(const void *a, const void *b)
+{
+    uint64_t x = entry_at(*(const uint32_t *)a)->last_frame;
+    uint64_t y = entry_at(*(const uint32_t *)b)->last_frame;
+    return x < y ? -1 : x > y;
+}
+
+// Evicts the entries not used since `before`, oldest first, until the bytes
+// are down to `target`; an entry goes with all below it.
+static void cache_shrink(uint64_t before, uint64_t target)
+{
+    if (expansion_cache_bytes <= target)
+        return;
+    DynArray order;
+    DynArray_init(&order, sizeof(uint32_t), 64);
+    for (uint32_t i = 0; i < cache_entries.count; i++)
+        if (entry_at(i)->live && entry_at(i)->last_frame < before)
+            DynArray_append(&order, &i);
+    qsort(order.data, order.count, sizeof(uint32_t), older_first);
+    for (uint32_t k = 0; k < order.count && expansion_cache_bytes > target; k++) {
+        uint32_t i = *DynArray_at<uint32_t>(&order, k);
+        // an entry may have gone already, below an older one
+        if (entry_at(i)->live)
+            entry_evict(i);
+    }
+    DynArray_free(&order);
+}
+
+// Expands x on the heap; false if the work limits refuse it.
+static bool heap_expand(Ord x, int32_t n, OrdExpansion *out)
+{
+    MemStack *arena = ord_arena;
+    ord_arena = nullptr;
+    *out = Ord_expandfresh(x, n);
+    ord_arena = arena;
+    if (out->n > 0)
+        return true;
+    Ord_freeexpansion(*out);
+    return false;
+}
+
+static uint32_t entry_new(Ord x, uint32_t parent)
+{
+    uint32_t index;
+    if (cache_free_list != CACHE_NONE) {
+        index = cache_free_list;
+        cache_free_list = entry_at(index)->next_sibling;
+    } else {
+        CacheEntry blank = {};
+        index = DynArray_append(&cache_entries, &blank);
+    }
+    CacheEntry *e = entry_at(index);
+    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
+    DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
+    if (parent != CACHE_NONE) {
+        CacheEntry *p = entry_at(parent);
+        e->next_sibling = p->first_child;
+        if (p->first_child != CACHE_NONE)
+            entry_at(p->first_child)->prev_sibling = index;
+        p->first_child = index;
+    }
+    bool added;
+    OrdMap_insert(&cache_index, x, &added)->value = (void *)(uintptr_t)(index + 1);
+    return index;
+}
+
+bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out, bool *full)
+{
+    cache_start();
+    *full = false;
+    OrdMapSlot *slot = OrdMap_find(&cache_index, x);
+    uint32_t index = slot ? (uint32_t)(uintptr_t)slot->value - 1 : CACHE_NONE;
+    if (index != CACHE_NONE && entry_at(index)->n >= n) {
+        CacheEntry *e = entry_at(index);
+        e->last_frame = cache_frame;
+        *out = CachedExpansion{e->seq, e->n, index};
+        return true;
+    }
+
+    // a longer sequence than kept: at least twice as long, so that a zoom
+    // that needs one more member each frame expands only now and then
+    int32_t have = index != CACHE_NONE ? entry_at(index)->n : 0;
+    int32_t want = n;
+    if (have > 0 && want < 2 * have)
+        want = have > INT32_MAX / 2 ? INT32_MAX : 2 * have;
+    OrdExpansion fresh;
+    if (!heap_expand(x, want, &fresh))
+        return false;
+    uint64_t bytes = expansion_bytes(&fresh);
+    if (expansion_cache_bytes + bytes > expansion_cache_budget)
+        cache_shrink(cache_frame, expansion_cache_budget > bytes ? expansion_cache_budget - bytes : 0);
+    if (expansion_cache_bytes + bytes > expansion_cache_budget) {
+        MemStack *arena = ord_arena;
+        ord_arena = nullptr;
+        Ord_freeexpansion(fresh);
+        ord_arena = arena;
+        *full = true;
+        return false;
+    }
+    // the lookup slot is stale after the shrink: the entry may have gone too
+    slot = OrdMap_find(&cache_index, x);
+    index = slot ? (uint32_t)(uintptr_t)slot->value - 1 : CACHE_NONE;
+    if (index == CACHE_NONE) {
+        index = entry_new(x, parent);
+        have = 0;
+    }
+    CacheEntry *e = entry_at(index);
+    Ord *seq = (Ord *)realloc(e->seq, (size_t)fresh.n * sizeof(Ord));
+    if (!seq)
+        REPORT(REPORT_FATAL, "Out of memory for a kept expansion", 0);
+    // members already handed out stay; only the new tail comes from fresh
+    memcpy(seq + have, fresh.seq + have, (size_t)(fresh.n - have) * sizeof(Ord));
+    e->seq = seq;
+    e->n = fresh.n;
+    DynArray_append(&e->parts, &fresh);
+    e->bytes += bytes;
+    e->last_frame = cache_frame;
+    expansion_cache_bytes += bytes;
+    *out = CachedExpansion{e->seq, e->n, index};
+    return true;
+}
+
+void expansion_cache_frame()
+{
+    cache_start();
+    cache_frame++;
+    // idle entries first, then the least recently used down to the budget
+    for (uint32_t i = 0; i < cache_entries.count; i++) {
+        CacheEntry *e = entry_at(i);
+        if (e->live && e->parent == CACHE_NONE && e->last_frame + EXPANSION_CACHE_IDLE < cache_frame)
+            entry_evict(i);
+    }
+    for (uint32_t i = 0; i < cache_entries.count; i++) {
+        CacheEntry *e = entry_at(i);
+        if (e->live && e->last_frame + EXPANSION_CACHE_IDLE < cache_frame)
+            entry_evict(i);
+    }
+    cache_shrink(cache_frame, expansion_cache_budget);
+}
+
+void expansion_cache_clear()
+{
+    cache_start();
+    for (uint32_t i = 0; i < cache_entries.count; i++)
+        if (entry_at(i)->live && entry_at(i)->parent == CACHE_NONE)
+            entry_evict(i);
+}

@@ -1,0 +1,66 @@
+// Expansions kept across frames, keyed by the identity of the ordinal expanded.
+//
+// The line is rebuilt every frame, but most of it is the same as the frame
+// before: every interval that contains the view is cut again along the same
+// fundamental sequence. The cache keeps each expansion that a walk asks for,
+// keyed by the address of its limit (see OrdBuchholz/ord_identity.h), and
+// hands the same members back next frame. Since those members are the limits
+// of the intervals below, their expansions are found by address in turn; the
+// top of the line is one value built once (expansion_cache_top), so the
+// chain of identities starts at the same place every frame.
+//
+// Memory. Everything the cache holds is built on the heap, also while the
+// arena is active, and lives until it is evicted. An entry depends on the
+// entry whose member its limit is (its parent), so an entry is evicted with
+// all that hangs below it, and only between walks or when it was not used in
+// the current frame: members handed out stay valid until the next
+// expansion_cache_frame. An entry unused for EXPANSION_CACHE_IDLE frames goes,
+// and so does the least recently used once the bytes pass the budget.
+//
+// A request for more members than an entry holds expands again with at least
+// twice as many and keeps both results: the old members stay where they are,
+// so the entries below them stay valid. Member i is the same value whatever
+// the length asked for, so the outputs do not depend on what was kept.
+#pragma once
+
+#include <stdint.h>
+
+#include "OrdBuchholz/ord.h"
+
+// No entry: the parent of the top's expansion.
+constexpr uint32_t CACHE_NONE = 0xFFFFFFFFu;
+// Not kept: an ordinal from an expansion the cache does not hold, whose own
+// expansion cannot be kept either (its key would die before the entry).
+constexpr uint32_t CACHE_OFF = 0xFFFFFFFEu;
+// Frames an entry may go unused before it is evicted.
+constexpr uint64_t EXPANSION_CACHE_IDLE = 3;
+
+// Members of one kept expansion, borrowed until the next expansion_cache_frame.
+struct CachedExpansion {
+    const Ord *seq;  // at least the number asked for
+    int32_t n;       // how many there are
+    uint32_t entry;  // the entry, the parent of expansions of these members
+};
+
+// Bytes the cache may hold; past it, the least recently used entries go, and
+// a request that still does not fit is not kept (expansion_cache_get fails
+// with *full set). Start value 128 MiB.
+extern uint64_t expansion_cache_budget;
+// Bytes held now (term arrays, member and keep arrays of every entry).
+extern uint64_t expansion_cache_bytes;
+
+// The top of the line, psi_0(I), built on the heap on first use and never
+// freed; its expansions can be kept because it is always the same value.
+Ord expansion_cache_top();
+
+// The first n (or more) members of the fundamental sequence of x, a limit,
+// where x is the top or a member of the entry `parent`. False when x cannot be
+// kept: *full is then set if the cache is out of room (the caller expands on
+// its own, as if there were no cache), and left false if the expansion was
+// refused by the work limits of OrdBuchholz/ord_expand.h.
+bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out, bool *full);
+
+// A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.
+void expansion_cache_frame();
+// Evicts everything (the top stays).
+void expansion_cache_clear();
