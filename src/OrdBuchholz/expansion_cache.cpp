@@ -17,6 +17,7 @@ struct CacheEntry {
     DynArray parts;        // of OrdExpansion: every expansion the members come from
     uint64_t bytes;        // what the parts hold
     uint64_t last_frame;   // the frame of the last request
+    uint64_t refused_cost; // work per member of the last refused expansion, or 0
     uint32_t parent;       // entry whose member key is, or CACHE_NONE
     uint32_t first_child;  // entries whose keys are members of this one
     uint32_t next_sibling;
@@ -24,7 +25,7 @@ struct CacheEntry {
     bool live;
 };
 
-uint64_t expansion_cache_budget = (uint64_t)128 << 20;
+uint64_t expansion_cache_budget = (uint64_t)192 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry
@@ -171,7 +172,7 @@ static uint32_t entry_new(Ord x, uint32_t parent)
         index = DynArray_append(&cache_entries, &blank);
     }
     CacheEntry *e = entry_at(index);
-    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
+    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, 0, parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
     DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
     if (parent != CACHE_NONE) {
         CacheEntry *p = entry_at(parent);
@@ -198,15 +199,31 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out
         return true;
     }
 
+    // nothing left to spend: refuse at once, without walking the chain
+    if (ord_work_left == 0)
+        return false;
     // a longer sequence than kept: at least twice as long, so that a zoom
     // that needs one more member each frame expands only now and then
     int32_t have = index != CACHE_NONE ? entry_at(index)->n : 0;
     int32_t want = n;
     if (have > 0 && want < 2 * have)
         want = have > INT32_MAX / 2 ? INT32_MAX : 2 * have;
+    // refused before, and the work left is still too little: refuse at once,
+    // without walking the chain again
+    if (index != CACHE_NONE) {
+        CacheEntry *e = entry_at(index);
+        e->last_frame = cache_frame;
+        if (e->refused_cost && e->refused_cost > ord_work_left / (uint64_t)want)
+            return false;
+    }
     OrdExpansion fresh;
-    if (!heap_expand(x, want, &fresh))
+    if (!heap_expand(x, want, &fresh)) {
+        // remember the price, so that later frames can refuse it cheaply
+        if (index == CACHE_NONE && OrdMap_find(&cache_index, x) == nullptr)
+            index = entry_new(x, parent);
+        entry_at(index)->refused_cost = ord_refused_cost / (uint64_t)want + 1;
         return false;
+    }
     uint64_t bytes = expansion_bytes(&fresh);
     if (expansion_cache_bytes + bytes > expansion_cache_budget)
         cache_shrink(cache_frame, expansion_cache_budget > bytes ? expansion_cache_budget - bytes : 0);
@@ -233,6 +250,7 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out
     memcpy(seq + have, fresh.seq + have, (size_t)(fresh.n - have) * sizeof(Ord));
     e->seq = seq;
     e->n = fresh.n;
+    e->refused_cost = 0;
     DynArray_append(&e->parts, &fresh);
     e->bytes += bytes;
     e->last_frame = cache_frame;

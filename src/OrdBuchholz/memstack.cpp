@@ -23,6 +23,8 @@ void memstack_init(MemStack *stack)
     memset(stack->end, 0, sizeof stack->end);
     int64_t size = memstack_block_size(0);
     stack->base[0] = (char *)malloc((size_t)size);
+    if (!stack->base[0])
+        REPORT(REPORT_FATAL, "Out of memory for a MemStack block", 0);
     stack->end[0] = stack->base[0] + size;
     stack->top = stack->base[0];
     stack->limit = stack->end[0];

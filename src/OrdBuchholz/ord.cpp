@@ -10,6 +10,7 @@
 
 // The active arena; null (heap mode) except while the frame loop lends it.
 MemStack *ord_arena = nullptr;
+uint64_t ord_heap_bytes = 0;
 
 Ord Ord_alloc(uint32_t n)
 {
@@ -19,6 +20,8 @@ Ord Ord_alloc(uint32_t n)
     void *terms = ord_arena ? memstack_alloc(ord_arena, bytes) : malloc(bytes);
     if (!terms)
         REPORT(REPORT_FATAL, "Out of memory for ordinal terms", 0);
+    if (!ord_arena)
+        ord_heap_bytes += bytes;
     return Ord{n, (OrdTerm *)terms};
 }
 
@@ -38,6 +41,7 @@ void Ord_freearray(Ord x)
 {
     if (ord_arena || x.count == 0)
         return;
+    ord_heap_bytes -= (uint64_t)x.count * sizeof(OrdTerm);
     free(x.terms);
 }
 
@@ -74,7 +78,7 @@ void Ord_free(Ord x)
     }
     // freed only after the walk, which reads every array
     for (uint32_t i = 0; i < found.count; i++)
-        free(DynArray_at<Ord>(&found, i)->terms);
+        Ord_freearray(*DynArray_at<Ord>(&found, i));
     DynArray_free(&found);
     DynArray_free(&todo);
     OrdMap_free(&seen);

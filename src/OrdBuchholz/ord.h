@@ -60,6 +60,9 @@ struct OrdTerm {
 // The active arena, or null: the heap is used and every free really frees.
 // Only the frame loop (and tools or tests that mimic it) set it.
 extern MemStack *ord_arena;
+// Bytes of term arrays on the heap now: allocations less releases, so that
+// the expansion can refuse work before the machine runs out of memory.
+extern uint64_t ord_heap_bytes;
 
 // ---- allocation and release ----
 

@@ -88,10 +88,11 @@ void Ord_freetemplate(Ord tmpl)
 {
     if (ord_arena)
         return;
+    // each level is read before its array goes
     while (tmpl.count) {
         Ord *below = template_below(tmpl);
         Ord next = below ? *below : Ord_zero();
-        free(tmpl.terms);
+        Ord_freearray(tmpl);
         tmpl = next;
     }
 }

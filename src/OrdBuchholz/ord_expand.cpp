@@ -25,6 +25,17 @@ static OrdExpansion expansion_new(int32_t n)
 
 uint64_t ord_work_left = UINT64_MAX;
 uint32_t ord_depth_limit = 0;
+uint64_t ord_memory_limit = UINT64_MAX;
+uint64_t ord_refused_cost = 0;
+
+// True if about `arrays` more arrays of a few terms would take the term
+// arrays of the memory mode in force past ord_memory_limit.
+static bool memory_refuses(uint64_t arrays)
+{
+    uint64_t more = arrays * 2 * sizeof(OrdTerm);
+    uint64_t now = ord_arena ? memstack_used(ord_arena) : ord_heap_bytes;
+    return now > ord_memory_limit || more > ord_memory_limit - now;
+}
 
 // One new term array holding the terms of `head` followed by those of `m`,
 // concatenated with no absorption.
@@ -176,8 +187,11 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
     }
     uint32_t levels = expand_levels.count;
     cost += (uint64_t)(levels + 1) * (uint64_t)n;
-    if ((ord_depth_limit && cost / (uint64_t)n > ord_depth_limit) || cost > ord_work_left)
+    if ((ord_depth_limit && cost / (uint64_t)n > ord_depth_limit) || cost > ord_work_left ||
+        memory_refuses(cost)) {
+        ord_refused_cost = cost;
         return expansion_refused(levels);
+    }
     if (ord_work_left != UINT64_MAX)
         ord_work_left -= cost;
 
@@ -207,16 +221,25 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
             DynArray_append(&r.keep, &level->one);
         for (int32_t i = 0; i < r.n; i++) {
             Ord m = r.seq[i];
-            DynArray_append(&r.keep, &m);
+            // a sum or a multiple copies m's term records, so m's own array is
+            // left unreferenced and goes at once; psi_a(m) and Omega_m point at
+            // it, and so do the members of I, each the Omega of the one before
+            bool referenced = level->step == STEP_ARG || level->step == STEP_SUB || bottom == BOTTOM_I;
+            if (referenced)
+                DynArray_append(&r.keep, &m);
             switch (level->step) {
             case STEP_SUM:
                 r.seq[i] = concat_terms(Ord_slice(level->x, 0, level->x.count - 1), m);
+                if (!referenced)
+                    Ord_freearray(m);
                 break;
             case STEP_MULTIPLE: {
                 r.seq[i] = Ord_alloc(m.count + 1);
                 r.seq[i].terms[0] = OrdTerm{t->coef - 1, t->sub, t->arg};
                 if (m.count)
                     memcpy(r.seq[i].terms + 1, m.terms, (size_t)m.count * sizeof(OrdTerm));
+                if (!referenced)
+                    Ord_freearray(m);
                 break;
             }
             case STEP_ARG:

@@ -9,9 +9,11 @@
 //
 // Ownership is flat. Members, the `keep` arrays and the arrays of the expanded
 // ordinal share one another without any count; every term array created
-// during an expansion stands exactly once as a top array, either in `seq` or
-// in `keep`. Ord_freeexpansion frees those top arrays and walks down nothing,
-// so the expanded ordinal must outlive its expansion.
+// during an expansion that the members still reach stands exactly once as a
+// top array, either in `seq` or in `keep` (an array that a later level copied
+// from and nothing points at is released on the spot). Ord_freeexpansion
+// frees those top arrays and walks down nothing, so the expanded ordinal must
+// outlive its expansion.
 //
 // Cost. An expansion descends a chain of cases (sums, multiples, limit
 // arguments and subscripts) to one that makes members itself, and rebuilds
@@ -52,8 +54,9 @@ extern DynArray ord_path;
 // Ord_expand; release ord_path's storage (storing null through its mirror if
 // set); use the members; Ord_freeexpansion. A retry that needs more members
 // frees the expansion and starts again with a new path.
-// Refused (n = 0) when the work would pass ord_work_left or the chain
-// ord_depth_limit; otherwise ord_work_left is lowered by the work.
+// Refused (n = 0) when the work would pass ord_work_left, the chain
+// ord_depth_limit or the term arrays ord_memory_limit; otherwise
+// ord_work_left is lowered by the work.
 OrdExpansion Ord_expand(Ord x, int32_t n);
 
 // Work that expansions may still do, in member arrays built (about n per level
@@ -62,6 +65,11 @@ extern uint64_t ord_work_left;
 // Longest chain of levels (with the template's) an expansion may walk; 0, the
 // start value, is no limit.
 extern uint32_t ord_depth_limit;
+// Bytes of term arrays (ord_heap_bytes, or the arena's use while it is in
+// force) past which expansions are refused; UINT64_MAX is no limit.
+extern uint64_t ord_memory_limit;
+// The work that the last refused expansion would have cost.
+extern uint64_t ord_refused_cost;
 
 // Ord_expand from a fresh ord_path, which is released again before returning.
 OrdExpansion Ord_expandfresh(Ord x, int32_t n);

@@ -14,6 +14,8 @@
 
 Ord centre_ord = {};
 float centre_dist = CENTRE_NONE;
+bool centre_too_deep = false;
+const char *const CENTRE_TOO_DEEP_TEXT = "too deep: the line here needs more work than a frame allows";
 
 // Positions further than about 10^16 pixels out read as "none" without being
 // converted.
@@ -21,6 +23,8 @@ constexpr uint32_t CENTRE_MAX_LIMBS = 5;
 
 void centre_pick(WalkRecord r)
 {
+    if (r.too_deep)
+        centre_too_deep = true;
     double c = (double)(r.left + r.right) * 0.5;
     Bignum middle = Bignum_fromdouble(c);
     Bignum D = Bignum_lincomb(r.xlo, middle, 1.0, -1.0);
@@ -51,6 +55,7 @@ char *centre_text(float cx, WalkRecord r, float *x, float *y)
     column.left = cx;
     column.right = cx + 1.0f;
     centre_dist = CENTRE_NONE;
+    centre_too_deep = false;
     centre_ord = Ord_zero();
     walk_line(centre_pick, column);
 

@@ -14,6 +14,11 @@
 extern Ord centre_ord;
 // Its distance from the centre in pixels; CENTRE_NONE when none is picked.
 extern float centre_dist;
+// True when the read-out pass met a "too deep" leaf: the line under the
+// marker was not divided down to a pixel this frame.
+extern bool centre_too_deep;
+// The line the read-out shows above its text then.
+extern const char *const CENTRE_TOO_DEEP_TEXT;
 constexpr float CENTRE_NONE = 1e20f;
 
 // The callback of the read-out pass: keeps r's left end if it is nearer the

@@ -10,6 +10,7 @@
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
 #include "support/gl/screen.h"
+#include "support/report/report.h"
 
 // Work space of label_text: room for the expansion of the longest text that
 // is expanded at all.
@@ -42,6 +43,8 @@ char *label_text(Ord x, NotationRow row)
     // escapes hold zero bytes: only text_end finds the end
     size_t size = (size_t)(text_end(label_buffer) - label_buffer) + 1;
     char *text = (char *)malloc(size);
+    if (!text)
+        REPORT(REPORT_FATAL, "Out of memory for a label", 0);
     memcpy(text, label_buffer, size);
     return text;
 }

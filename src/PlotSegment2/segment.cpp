@@ -7,9 +7,11 @@
 #include "PlotSegment2/tick_walk.h"
 #include "ord/navigation.h"
 #include "support/report/report.h"
+#include "support/timing/clock.h"
 
 int32_t segment_depth = 0;
 int64_t segment_too_deep = 0;
+double segment_deadline = 0.0;
 
 // The next converging tick: 0.2983 of the way from p to xhi.
 static Bignum converge_step(Bignum xhi, Bignum p)
@@ -72,6 +74,9 @@ struct SegmentMembers {
 // At least c members of r.ordhi's sequence; false if the work limits refuse them.
 static bool segment_members(WalkRecord r, int32_t c, SegmentMembers *out)
 {
+    // past the pass's time, only what is kept can still be had
+    if (segment_deadline > 0 && ord_work_left && clock_monotonic_seconds() > segment_deadline)
+        ord_work_left = 0;
     if (r.ordhi_entry != CACHE_OFF) {
         CachedExpansion kept;
         bool full;

@@ -23,5 +23,16 @@ void tick_draw(WalkRecord r)
         glVertex2d((double)x + 0.1, (double)(y - r.ticklen));
         glVertex2d((double)x, (double)y);
     }
+    // "too deep": a red dashed band across the line where the work limits
+    // kept the walk from dividing further this frame
+    glColor3ub((GLubyte)(TOO_DEEP_COLOUR >> 16), (GLubyte)(TOO_DEEP_COLOUR >> 8), (GLubyte)TOO_DEEP_COLOUR);
+    for (int32_t c = 0; c < tick_columns; c++) {
+        if (!tick_too_deep[c] || c % 6 >= 3)
+            continue;
+        float x = r.left + c;
+        float y = ((r.yright - r.yleft) * inv) * c + r.yleft;
+        glVertex2d((double)x + 0.5, (double)(y - 0.5f * r.ticklen));
+        glVertex2d((double)x + 0.5, (double)(y + 0.25f * r.ticklen));
+    }
     glEnd();
 }

@@ -4,22 +4,30 @@
 #include <math.h>
 #include <stdlib.h>
 
+#include "OrdBuchholz/ord_expand.h"
 #include "PlotSegment2/tick_classify.h"
 #include "support/gl/screen.h"
+#include "support/report/report.h"
+#include "support/timing/clock.h"
 
 int32_t tick_columns = 0;
 float *tick_sizes = nullptr;
 uint32_t *tick_kinds = nullptr;
+uint8_t *tick_too_deep = nullptr;
 
 void tick_arrays_rebuild(float right)
 {
     free(tick_kinds);
     free(tick_sizes);
+    free(tick_too_deep);
     tick_columns = (int32_t)right;
     // at least one element, so a zero-width window still has somewhere to write
     size_t count = tick_columns > 0 ? (size_t)tick_columns : 1;
     tick_sizes = (float *)calloc(count, sizeof(float));
     tick_kinds = (uint32_t *)calloc(count, sizeof(uint32_t));
+    tick_too_deep = (uint8_t *)calloc(count, 1);
+    if (!tick_sizes || !tick_kinds || !tick_too_deep)
+        REPORT(REPORT_FATAL, "Out of memory for the tick columns", 0);
 }
 
 // Upper bound first, then lower.
@@ -42,10 +50,22 @@ void walk_record_screen(WalkRecord *record)
     record->ticklen = (float)(0.05 * screen_h);
 }
 
+// Seconds a pass may take before its deadline; 0 until walk_frame_start.
+static double walk_pass_seconds = 0.0;
+
+void walk_frame_start()
+{
+    walk_pass_seconds = WALK_PASS_SECONDS;
+    expansion_cache_frame();
+    ord_work_left = WALK_FRAME_WORK;
+    ord_memory_limit = WALK_MEMORY_LIMIT;
+}
+
 void walk_line(TickCallback fn, WalkRecord r)
 {
     // one top for every walk, so that its expansions can be kept
     Ord top = expansion_cache_top();
+    segment_deadline = walk_pass_seconds > 0 ? clock_monotonic_seconds() + walk_pass_seconds : 0.0;
     r.ordlo = Ord_zero();
     r.ordhi = top;
     r.ordhi_entry = CACHE_NONE;
@@ -59,8 +79,21 @@ void walk_line(TickCallback fn, WalkRecord r)
     fn(end);
 }
 
+// Marks the columns from xlo to xhi, as far as they are in the view.
+static void mark_too_deep(WalkRecord r)
+{
+    double lo = Bignum_todouble(r.xlo) - r.left, hi = Bignum_todouble(r.xhi) - r.left;
+    if (hi < 0 || lo >= tick_columns)
+        return;
+    int32_t from = clamp_column(lo), to = clamp_column(hi);
+    for (int32_t c = from; c <= to; c++)
+        tick_too_deep[c] = 1;
+}
+
 void tick_record(WalkRecord r)
 {
+    if (r.too_deep)
+        mark_too_deep(r);
     // `left` in, `right` out (the size recorder takes it the other way round)
     if (Bignum_ltd(r.xlo, r.left) || Bignum_ged(r.xlo, r.right))
         return;

@@ -12,8 +12,12 @@ extern int32_t tick_columns;
 extern float *tick_sizes;
 // Highest kind seen in each column; 0 means no tick.
 extern uint32_t *tick_kinds;
+// 1 in each column that a "too deep" leaf covers (see segment.h), else 0.
+extern uint8_t *tick_too_deep;
+// The colour of the marks of "too deep" columns.
+constexpr uint32_t TOO_DEEP_COLOUR = 0xff3030;
 
-// Frees and reallocates both arrays for `right` columns, all zero. The arrays
+// Frees and reallocates the arrays for `right` columns, all zero. The arrays
 // are heap blocks that live until the next rebuild.
 void tick_arrays_rebuild(float right);
 
@@ -22,13 +26,31 @@ void tick_arrays_rebuild(float right);
 // edge down to the bottom at the right.
 void walk_record_screen(WalkRecord *record);
 
-// One pass over the whole line: builds the top ordinal, lays out the line
+// What the passes of one frame may spend on expansions that were not kept
+// from earlier frames, in member arrays built (Ord_expand's work): past it
+// the rest of the frame's intervals are "too deep" leaves, and the next
+// frames, which find the work done so far kept, fill them in.
+constexpr uint64_t WALK_FRAME_WORK = 1000000;
+// Seconds each pass of a frame may spend before it takes only kept
+// expansions: the frame rate stays up however deep the view.
+constexpr double WALK_PASS_SECONDS = 0.025;
+// Term arrays the walks may hold in all, in bytes, before expansions are
+// refused: far below the machine, far above any view that draws in time.
+constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)512 << 20;
+
+// A new frame of the viewer: expansions kept but not used for a few frames
+// go, the frame's work budget starts afresh, and each walk_line of the frame
+// gets WALK_PASS_SECONDS. Tools that want every view whole never call it.
+void walk_frame_start();
+
+// One pass over the whole line: takes the top ordinal, lays out the line
 // from 0 to it, then calls fn once more at the end of the line (where the top
 // ordinal is the left end of nothing). r brings the view (xlo, xhi), the stop
 // size and the view limits; ordlo and ordhi are set here.
 void walk_line(TickCallback fn, WalkRecord r);
 
-// The callback of the tick pass: the kind of ordlo into its column.
+// The callback of the tick pass: the kind of ordlo into its column; a "too
+// deep" leaf also marks every column it covers.
 void tick_record(WalkRecord r);
 // The size of the interval into the column of its left end; segment calls it
 // at every interval it enters.

@@ -97,6 +97,7 @@ void frame_loop()
 
         draw_centre_marker();
 
+        walk_frame_start();
         // M held: the passes of the line allocate from the arena
         if (key_down[KEY_M])
             ord_arena = &arena;

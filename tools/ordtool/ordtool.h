@@ -54,6 +54,10 @@ constexpr double ORDTOOL_MAX_TEXT = 64e6;
 // than it has, since the notation's conversions may merge a term into it.
 bool ordtool_text_fits(Ord x, const NotationRow *row);
 
+// Bytes of term arrays past which `line` leaves intervals undivided ("too
+// deep") rather than take the machine's memory.
+constexpr uint64_t ORDTOOL_MEMORY_LIMIT = (uint64_t)4 << 30;
+
 // The commands; each returns the exit status.
 int ordtool_print(int argc, char **argv);
 int ordtool_expand(int argc, char **argv);

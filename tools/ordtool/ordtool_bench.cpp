@@ -4,9 +4,17 @@
 // drawn: the label and read-out passes make and measure their texts with a
 // root font that has no texture.
 //
-// Each measurement runs in a child process of its own, so that one that
-// runs away (a pass over 2 seconds, or over 1 GiB more memory) can be given up
-// without taking the table down; it is then printed as ms=>2000.
+// Each view is measured still (the same view frame after frame, as the viewer
+// shows it at rest, with the expansions it keeps) and moving (30 frames, each
+// zoomed in by exp(0.3) about the centre, as the fastest key zoom does).
+//
+// Each measurement runs in a child process of its own, so that one that runs
+// away can be given up without taking the table down. Its outcome is one of:
+// ok; budget (the frame's work budget left "too deep" leaves, the time is
+// that of the frame as drawn); memory (out of memory: over 1 GiB more than at
+// the start); timeout (a frame over 2 seconds); crash (any other death).
+#include <math.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,6 +28,8 @@
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
+#include "ord/navigation.h"
+#include "support/report/report.h"
 #include "ord/font_variants.h"
 #include "ord/notation_rows.h"
 #include "support/bitmapfonts/font_pack.h"
@@ -35,9 +45,16 @@ constexpr int32_t BENCH_PASSES = 21;
 constexpr int32_t BENCH_GIVE_UP_SECONDS = 2;
 constexpr rlim_t BENCH_MEMORY_LIMIT = (rlim_t)1 << 30;
 
+// Frames of a moving measurement, and the zoom of each.
+constexpr int32_t BENCH_MOVING_FRAMES = 30;
+constexpr double BENCH_MOVING_STEP = 0.3;
+
 static const int32_t bench_depths[] = {0, 10, 20, 50, 100, 200, 1000};
 // 640 is the centre of the first view: no pan
-static const double bench_targets[] = {640.0, 700.0, 1000.0, 1150.0};
+static const double bench_targets[] = {640.0, 700.0, 770.0, 1000.0, 1100.0, 1150.0};
+
+// How a child ends: its exit status for each outcome it reports itself.
+enum BenchExit : int { EXIT_OK = 0, EXIT_BUDGET = 10, EXIT_MEMORY = 11, EXIT_FATAL = 12 };
 
 enum BenchPass : int32_t { PASS_TICK, PASS_LABEL, PASS_READOUT, BENCH_PASS_COUNT };
 static const char *const bench_pass_names[BENCH_PASS_COUNT] = {"tick", "label", "readout"};
@@ -76,6 +93,7 @@ static void bench_readout(WalkRecord record)
 // One pass as the frame runs it, in the arena if one is given.
 static void bench_pass(int32_t pass, WalkRecord record, MemStack *stack)
 {
+    walk_frame_start();
     if (stack)
         ord_arena = stack;
     switch (pass) {
@@ -112,9 +130,19 @@ static int compare_doubles(const void *a, const void *b)
     return x < y ? -1 : x > y;
 }
 
-// In the child: time the passes and write "median ticks" to fd.
-static void bench_measure(int fd, int32_t depth, double target, bool arena, int32_t pass)
+// In the child: a fatal report ends it with a status that says which kind;
+// warnings are not written anywhere.
+static void bench_report(ReportRecord *record)
 {
+    if (record->type != REPORT_FATAL)
+        return;
+    _exit(strncmp(record->text, "Out of memory", 13) == 0 ? EXIT_MEMORY : EXIT_FATAL);
+}
+
+// In the child: time the frames and write "median ticks" to fd.
+static void bench_measure(int fd, int32_t depth, double target, bool arena, int32_t pass, bool moving)
+{
+    report_handler = bench_report;
     struct rlimit limit;
     getrlimit(RLIMIT_AS, &limit);
     struct rusage usage;
@@ -133,33 +161,38 @@ static void bench_measure(int fd, int32_t depth, double target, bool arena, int3
     memstack_init(&stack);
     tick_arrays_rebuild(record.right);
 
-    double times[BENCH_PASSES];
-    for (int32_t i = 0; i < BENCH_PASSES; i++) {
+    int32_t frames = moving ? BENCH_MOVING_FRAMES : BENCH_PASSES;
+    double times[BENCH_PASSES > BENCH_MOVING_FRAMES ? BENCH_PASSES : BENCH_MOVING_FRAMES];
+    int64_t too_deep = segment_too_deep;
+    for (int32_t i = 0; i < frames; i++) {
         alarm(BENCH_GIVE_UP_SECONDS);
         bench_ticks = 0;
         double start = monotonic_ms();
         bench_pass(pass, record, arena ? &stack : nullptr);
         times[i] = monotonic_ms() - start;
         alarm(0);
+        if (moving)
+            view_update(&record.xlo, &record.xhi, exp(BENCH_MOVING_STEP), 0);
     }
-    qsort(times, BENCH_PASSES, sizeof(double), compare_doubles);
+    qsort(times, (size_t)frames, sizeof(double), compare_doubles);
     char result[64];
-    int len = snprintf(result, sizeof result, "%.3f %lld", times[BENCH_PASSES / 2], (long long)bench_ticks);
+    int len = snprintf(result, sizeof result, "%.3f %lld", times[frames / 2], (long long)bench_ticks);
     if (write(fd, result, (size_t)len) != len)
-        _exit(1);
-    _exit(0);
+        _exit(EXIT_FATAL);
+    _exit(segment_too_deep > too_deep ? EXIT_BUDGET : EXIT_OK);
 }
 
 // One line of the table, measured in a child process.
-static int bench_row(int32_t depth, double target, int32_t pass, bool arena)
+static int bench_row(int32_t depth, double target, int32_t pass, bool arena, bool moving)
 {
     int fds[2];
     if (pipe(fds) != 0)
         return ordtool_fail("cannot make a pipe");
+    fflush(stdout);
     pid_t child = fork();
     if (child == 0) {
         close(fds[0]);
-        bench_measure(fds[1], depth, target, arena, pass);
+        bench_measure(fds[1], depth, target, arena, pass, moving);
     }
     close(fds[1]);
     char result[64] = {};
@@ -169,31 +202,81 @@ static int bench_row(int32_t depth, double target, int32_t pass, bool arena)
     waitpid(child, &status, 0);
     double ms = 0;
     long long ticks = 0;
-    bool done = got > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0 &&
-                sscanf(result, "%lf %lld", &ms, &ticks) == 2;
-    printf("depth=10^%d target=%.0f mode=%s pass=%s ", depth, target, arena ? "arena" : "heap",
-           bench_pass_names[pass]);
-    if (done)
-        printf("ms=%.3f ticks=%lld\n", ms, ticks);
-    else
-        printf("ms=>%d000 ticks=?\n", BENCH_GIVE_UP_SECONDS);
+    bool timed = got > 0 && sscanf(result, "%lf %lld", &ms, &ticks) == 2;
+    const char *outcome = "crash";
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM)
+        outcome = "timeout";
+    else if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_MEMORY)
+        outcome = "memory";
+    else if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_OK && timed)
+        outcome = "ok";
+    else if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_BUDGET && timed)
+        outcome = "budget";
+    printf("depth=10^%d target=%.0f mode=%s motion=%s pass=%s outcome=%s", depth, target,
+           arena ? "arena" : "heap", moving ? "moving" : "still", bench_pass_names[pass], outcome);
+    if (timed)
+        printf(" ms=%.3f ticks=%lld", ms, ticks);
+    putchar('\n');
     fflush(stdout);
     return 0;
 }
 
-int ordtool_bench(int argc, char **)
+// A comma-separated list of whole numbers into out (at most `most`); its count, or -1.
+static int32_t bench_list(const char *text, double *out, int32_t most)
 {
-    if (argc > 2)
-        return ordtool_fail("bench takes no arguments");
+    int32_t count = 0;
+    while (*text && count < most) {
+        char *end;
+        double v = strtod(text, &end);
+        if (end == text || !(v >= 0 && v <= 100000) || (*end && *end != ','))
+            return -1;
+        out[count++] = v;
+        text = *end ? end + 1 : end;
+    }
+    return *text ? -1 : count;
+}
+
+int ordtool_bench(int argc, char **argv)
+{
+    static const char usage[] =
+        "ordtool bench [--depths K,K,...] [--targets X,X,...] [--motion still|moving|both]";
+    double depths[16], targets[16];
+    int32_t depth_count = 0, target_count = 0;
+    for (int32_t d : bench_depths)
+        depths[depth_count++] = d;
+    for (double t : bench_targets)
+        targets[target_count++] = t;
+    bool still = true, moving = true;
+    for (int i = 2; i < argc; i += 2) {
+        const char *value = i + 1 < argc ? argv[i + 1] : "";
+        if (strcmp(argv[i], "--depths") == 0 && (depth_count = bench_list(value, depths, 16)) > 0)
+            continue;
+        if (strcmp(argv[i], "--targets") == 0 && (target_count = bench_list(value, targets, 16)) > 0)
+            continue;
+        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "still") == 0) {
+            moving = false;
+            continue;
+        }
+        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "moving") == 0) {
+            still = false;
+            continue;
+        }
+        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "both") == 0)
+            continue;
+        return ordtool_fail("bad argument '%s %s'; usage: %s", argv[i], value, usage);
+    }
     // the classification constants must stand on the heap before any arena pass
     tick_classify(Ord_zero());
-    fflush(stdout);
-    for (int32_t depth : bench_depths)
-        for (double target : bench_targets)
-            for (int32_t pass = 0; pass < BENCH_PASS_COUNT; pass++)
-                // the read-out runs on the heap whatever M does: no arena row
-                for (int mode = 0; mode < (pass == PASS_READOUT ? 1 : 2); mode++)
-                    if (bench_row(depth, target, pass, mode == 1) != 0)
-                        return ORDTOOL_FAILED;
+    for (int32_t motion = 0; motion < 2; motion++) {
+        if (!(motion ? moving : still))
+            continue;
+        for (int32_t d = 0; d < depth_count; d++)
+            for (int32_t t = 0; t < target_count; t++)
+                for (int32_t pass = 0; pass < BENCH_PASS_COUNT; pass++)
+                    // the read-out runs on the heap whatever M does: no arena row
+                    for (int mode = 0; mode < (pass == PASS_READOUT ? 1 : 2); mode++)
+                        if (bench_row((int32_t)depths[d], targets[t], pass, mode == 1, motion == 1) != 0)
+                            return ORDTOOL_FAILED;
+    }
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "OrdBuchholz/ord_expand.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/navigation.h"
@@ -19,7 +20,8 @@ static void line_print_call(WalkRecord r)
     static const NotationRow all_on = {{1, 1, 1, 1, 1, 1}};
     char *position = Bignum_todecimal(r.xlo);
     char *text = Ord_tostring(r.ordlo, &all_on);
-    printf("%s\t%u\t%s\n", position, tick_classify(r.ordlo), text);
+    // a leaf the memory limit kept from dividing says so in a fourth field
+    printf("%s\t%u\t%s%s\n", position, tick_classify(r.ordlo), text, r.too_deep ? "\ttoo deep" : "");
     free(text);
     free(position);
     tick_record(r);
@@ -75,12 +77,16 @@ int ordtool_line(int argc, char **argv)
 
     WalkRecord record = view_setup_record(&setup);
     ordtool_memory_mode(arena);
+    // no work limit, as the tool has no frame rate to keep; memory stops it
+    ord_memory_limit = ORDTOOL_MEMORY_LIMIT;
     tick_arrays_rebuild(record.right);
     walk_line(columns ? tick_record : line_print_call, record);
     if (columns)
         for (int32_t c = 0; c < tick_columns; c++)
             if (tick_kinds[c] != 0)
                 printf("%d\t%u\t%.6f\n", c, tick_kinds[c], (double)tick_sizes[c]);
+    if (columns && segment_too_deep > 0)
+        printf("too deep\t%lld leaves\n", (long long)segment_too_deep);
     Bignum_free(record.xlo);
     Bignum_free(record.xhi);
     return 0;

@@ -6,11 +6,15 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "support/report/report.h"
+
 static Bignum bignum_alloc(uint32_t n)
 {
     Bignum r;
     r.n = n;
     r.limbs = (uint16_t *)malloc(n * sizeof(uint16_t));
+    if (!r.limbs)
+        REPORT(REPORT_FATAL, "Out of memory for a position", 0);
     return r;
 }
 
@@ -63,8 +67,12 @@ Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
     quantise_weight(a, &ia, &fa);
     quantise_weight(b, &ib, &fb);
     uint32_t m = X.n > Y.n ? X.n : Y.n;
-    // one spare place for the growth of step "grow" below
-    int32_t *acc = (int32_t *)malloc((m + 1) * sizeof(int32_t));
+    // one spare place for the growth of step "grow" below; on the stack for
+    // the lengths of every view short of the deepest
+    int32_t local[512];
+    int32_t *acc = m + 1 <= 512 ? local : (int32_t *)malloc((m + 1) * sizeof(int32_t));
+    if (!acc)
+        REPORT(REPORT_FATAL, "Out of memory for a position", 0);
 
     // whole parts at each limb, fractions one limb lower; excess included
     for (int32_t i = (int32_t)m - 1; i >= 0; i--) {
@@ -115,7 +123,8 @@ Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
     Bignum r = bignum_alloc(len);
     for (uint32_t i = 0; i < len; i++)
         r.limbs[i] = (uint16_t)acc[i];
-    free(acc);
+    if (acc != local)
+        free(acc);
     return r;
 }
 
@@ -181,6 +190,8 @@ char *Bignum_todecimal(Bignum X)
     // signed digits in units of 0.0001, then to sign and magnitude
     uint32_t n = X.n;
     int32_t *d = (int32_t *)malloc((n + 1) * sizeof(int32_t));
+    if (!d)
+        REPORT(REPORT_FATAL, "Out of memory for a position", 0);
     for (uint32_t i = 0; i < n; i++)
         d[i] = X.limbs[i] - (i + 1 == n ? 5000 : 0);
     d[n] = 0;
@@ -205,6 +216,8 @@ char *Bignum_todecimal(Bignum X)
         top--;
 
     char *text = (char *)malloc(4 * (n + 1) + 8);
+    if (!text)
+        REPORT(REPORT_FATAL, "Out of memory for a position", 0);
     char *p = text;
     if (negative)
         *p++ = '-';

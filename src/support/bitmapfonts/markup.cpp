@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include "support/bitmapfonts/font_registry.h"
+#include "support/report/report.h"
 
 // The 24 lower-case names, tried in this order; code = 256 + place.
 static const char *const greek_names[24] = {
@@ -106,6 +107,8 @@ static void out_put(ScriptOut *out, const char *bytes, size_t n)
     if (out->len + n > out->cap) {
         out->cap = (out->len + n) * 2;
         out->data = (char *)realloc(out->data, out->cap);
+        if (!out->data)
+            REPORT(REPORT_FATAL, "Out of memory for text markup", 0);
     }
     memcpy(out->data + out->len, bytes, n);
     out->len += n;
@@ -266,6 +269,8 @@ void script_expand(char *text, int32_t levels, int16_t offset, int16_t size, siz
     size_t n = script_scan_length(text);
     ScriptOut out = {nullptr, 0, 2 * n + 64};
     out.data = (char *)malloc(out.cap);
+    if (!out.data)
+        REPORT(REPORT_FATAL, "Out of memory for text markup", 0);
     script_expand_range(text, n, levels, offset, size, &out);
 
     // keep the whole items that fit before the end byte
