@@ -89,11 +89,10 @@ void frame_loop()
         navigation_depth_keys();
         fps_readout(frame_dt, text_buffer, sizeof text_buffer);
 
-        // the mouse, then pan, the minimum-zoom rule and the new view
+        // the mouse, then pan, Home, the minimum-zoom rule and the new view
         int32_t drag_dx = mouse_drag(&zoom_factor, zoom_step, zoom_speed);
         int32_t pan_pixels = navigation_pan_pixels(frame_dt, drag_dx);
-        zoom_factor = navigation_min_zoom(zoom_factor, view_lo, view_hi, min_line_length);
-        view_update(&view_lo, &view_hi, zoom_factor, pan_pixels);
+        view_navigate(&view_lo, &view_hi, zoom_factor, pan_pixels, min_line_length);
 
         draw_centre_marker();
 
