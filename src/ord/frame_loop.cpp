@@ -11,6 +11,7 @@
 #include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/font_variants.h"
+#include "ord/leak_checks.h"
 #include "ord/mouse_drag.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
@@ -60,6 +61,7 @@ static void startup_relative_mouse()
 
 void frame_loop()
 {
+    leak_checks_pin_libraries();
     loadfont_embedded("fullsize");
     MemStack arena;
     memstack_init(&arena);
@@ -130,6 +132,9 @@ void frame_loop()
             break;
         last_time = now;
     }
+    // everything the loop made, so that a leak checker finds nothing at exit
     memstack_free(&arena);
     notation_rows_free();
+    Bignum_free(view_lo);
+    Bignum_free(view_hi);
 }
