@@ -11,6 +11,7 @@
 #include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/font_variants.h"
+#include "ord/leak_checks.h"
 #include "ord/mouse_drag.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
@@ -60,6 +61,7 @@ static void startup_relative_mouse()
 
 void frame_loop()
 {
+    leak_checks_pin_libraries();
     loadfont_embedded("fullsize");
     MemStack arena;
     memstack_init(&arena);
@@ -89,11 +91,10 @@ void frame_loop()
         navigation_depth_keys();
         fps_readout(frame_dt, text_buffer, sizeof text_buffer);
 
-        // the mouse, then pan, the minimum-zoom rule and the new view
+        // the mouse, then pan, Home, the minimum-zoom rule and the new view
         int32_t drag_dx = mouse_drag(&zoom_factor, zoom_step, zoom_speed);
         int32_t pan_pixels = navigation_pan_pixels(frame_dt, drag_dx);
-        zoom_factor = navigation_min_zoom(zoom_factor, view_lo, view_hi, min_line_length);
-        view_update(&view_lo, &view_hi, zoom_factor, pan_pixels);
+        view_navigate(&view_lo, &view_hi, zoom_factor, pan_pixels, min_line_length);
 
         draw_centre_marker();
 
@@ -132,6 +133,9 @@ void frame_loop()
             break;
         last_time = now;
     }
+    // everything the loop made, so that a leak checker finds nothing at exit
     memstack_free(&arena);
     notation_rows_free();
+    Bignum_free(view_lo);
+    Bignum_free(view_hi);
 }

@@ -6,12 +6,16 @@
 
 #include <SDL2/SDL.h>
 
+#include "ord/notation_rows.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
 
 // Vertical travel of the last relative frame; kept while not recomputed.
 static int32_t drag_dy = 0;
+// The buttons held went down on a panel text: a click, so no drag until all
+// are released. Start false.
+static bool press_on_panel = false;
 
 // Puts the pointer sum back on the window's centre and returns the travel.
 static int32_t take_relative_travel(int32_t *dy)
@@ -42,6 +46,18 @@ int32_t mouse_drag(double *zoom_factor, double zoom_step, double zoom_speed)
 {
     if (windowed == 0)
         return mouse_drag_fullscreen(zoom_factor, zoom_step);
+
+    // a press on a panel text (as the last frame drew it) is a click only;
+    // in relative mode the pointer is a running sum, not a place
+    if (mouse_buttons == 0)
+        press_on_panel = false;
+    else if ((mouse_buttons & ~mouse_buttons_prev) && !SDL_GetRelativeMouseMode() &&
+             panel_text_at(mouse_x, mouse_y))
+        press_on_panel = true;
+    if (press_on_panel) {
+        SDL_SetRelativeMouseMode(SDL_FALSE);
+        return 0;
+    }
 
     // the strip leaves five line heights free at the top and the bottom for
     // the panels; compared as unsigned numbers, so a tiny window has no strip

@@ -49,40 +49,113 @@ int32_t navigation_pan_pixels(double frame_dt, int32_t drag_dx)
     return (int32_t)(arrows * dt * screen_w + drag_dx);
 }
 
-double navigation_min_zoom(double zoom_factor, Bignum view_lo, Bignum view_hi, double min_line_length)
+void view_home(Bignum *view_lo, Bignum *view_hi, double min_line_length)
 {
-    double span = Bignum_todouble(view_hi) - Bignum_todouble(view_lo);
-    double least = min_line_length / span;
-    return zoom_factor > least ? zoom_factor : least;
+    double w = screen_w;
+    *view_lo = Bignum_fromdouble((w - min_line_length) * 0.5);
+    *view_hi = Bignum_fromdouble(0.5 * (w + min_line_length));
 }
 
 void view_start(Bignum *view_lo, Bignum *view_hi, double *min_line_length)
 {
-    double w = screen_w;
-    double length = 0.8 * w;
-    *min_line_length = length;
-    *view_lo = Bignum_fromdouble((w - length) * 0.5);
-    *view_hi = Bignum_fromdouble(0.5 * (w + length));
+    *min_line_length = 0.8 * screen_w;
+    view_home(view_lo, view_hi, *min_line_length);
 }
 
-// p goes to p * zoom_factor + offset.
-static Bignum view_map(Bignum p, double zoom_factor, double offset)
+// base + (p - anchor) * zoom_factor, a new number; base is the anchor moved by the pan.
+static Bignum view_map(Bignum p, Bignum anchor, Bignum base, double zoom_factor)
 {
-    Bignum shift = Bignum_fromdouble(offset);
-    Bignum moved = Bignum_lincomb(p, shift, zoom_factor, 1.0);
-    Bignum_free(shift);
-    Bignum_free(p);
+    Bignum from_anchor = Bignum_lincomb(p, anchor, 1.0, -1.0);
+    Bignum moved = Bignum_lincomb(base, from_anchor, 1.0, zoom_factor);
+    Bignum_free(from_anchor);
     return moved;
 }
 
 void view_update(Bignum *view_lo, Bignum *view_hi, double zoom_factor, int32_t pan_pixels)
 {
-    // an infinite factor has no meaning as a view; keep the last good one
     if (!isfinite(zoom_factor))
         return;
-    // the centre column stays put under zoom (the weights are quantised to
-    // four decimals inside lincomb, the offset is not: a fraction of a pixel)
-    double offset = (screen_w / 2) * (1.0 - zoom_factor) - pan_pixels;
-    *view_lo = view_map(*view_lo, zoom_factor, offset);
-    *view_hi = view_map(*view_hi, zoom_factor, offset);
+    // below 0.0001 the weight is 0 and the line a point; far above 10000
+    // lincomb's accumulators overflow (a frame of keys is at most exp(0.3))
+    zoom_factor = fmin(fmax(zoom_factor, 0.0001), 10000.0);
+    Bignum centre = Bignum_fromdouble(screen_w / 2);
+    // zooming in about empty space would fling the line away for good
+    Bignum anchor = centre;
+    if (zoom_factor > 1.0) {
+        if (Bignum_lt(centre, *view_lo))
+            anchor = *view_lo;
+        else if (Bignum_lt(*view_hi, centre))
+            anchor = *view_hi;
+    }
+    // the anchor is kept exactly, so no drift builds up from frame to frame
+    Bignum pan = Bignum_fromdouble(pan_pixels);
+    Bignum base = Bignum_lincomb(anchor, pan, 1.0, -1.0);
+    Bignum lo = view_map(*view_lo, anchor, base, zoom_factor);
+    Bignum hi = view_map(*view_hi, anchor, base, zoom_factor);
+    Bignum_free(*view_lo);
+    Bignum_free(*view_hi);
+    *view_lo = lo;
+    *view_hi = hi;
+    Bignum_free(base);
+    Bignum_free(pan);
+    Bignum_free(centre);
+}
+
+// The length of the line between two ends; the caller frees it.
+static Bignum view_span(Bignum lo, Bignum hi)
+{
+    return Bignum_lincomb(hi, lo, 1.0, -1.0);
+}
+
+// At the zoom-out limit: the line as long as at home, zoomed there about the
+// centre column, then moved home by the part of the zoom the limit refused
+// (glide, at most 1); within half a pixel of home it is home exactly.
+static void view_at_limit(Bignum *view_lo, Bignum *view_hi, double least, double glide,
+                          int32_t pan_pixels, Bignum home_lo, Bignum home_span)
+{
+    view_update(view_lo, view_hi, least, 0);
+    Bignum away = Bignum_lincomb(*view_lo, home_lo, 1.0, -1.0);
+    Bignum pan = Bignum_fromdouble(pan_pixels);
+    Bignum base = Bignum_lincomb(home_lo, pan, 1.0, -1.0);
+    Bignum lo = Bignum_lincomb(base, away, 1.0, glide);
+    Bignum rest = Bignum_lincomb(lo, home_lo, 1.0, -1.0);
+    if (fabs(Bignum_todouble(rest)) < 0.5) {
+        Bignum_free(lo);
+        lo = Bignum_lincomb(home_lo, home_lo, 1.0, 0.0);
+    }
+    Bignum_free(*view_lo);
+    Bignum_free(*view_hi);
+    *view_lo = lo;
+    *view_hi = Bignum_lincomb(lo, home_span, 1.0, 1.0);
+    Bignum_free(rest);
+    Bignum_free(base);
+    Bignum_free(pan);
+    Bignum_free(away);
+}
+
+void view_navigate(Bignum *view_lo, Bignum *view_hi, double zoom_factor, int32_t pan_pixels,
+                   double min_line_length)
+{
+    Bignum home_lo, home_hi;
+    view_home(&home_lo, &home_hi, min_line_length);
+    if (key_down[KEY_HOME]) {
+        Bignum_free(*view_lo);
+        Bignum_free(*view_hi);
+        *view_lo = home_lo;
+        *view_hi = home_hi;
+        return;
+    }
+    // the minimum-zoom rule from the exact lengths: a double difference of
+    // the ends saturates far out, and its quotient then turns infinite
+    Bignum home_span = view_span(home_lo, home_hi);
+    Bignum span = view_span(*view_lo, *view_hi);
+    double least = Bignum_ratio(home_span, span);
+    if (isfinite(zoom_factor) && zoom_factor <= least)
+        view_at_limit(view_lo, view_hi, least, zoom_factor / least, pan_pixels, home_lo, home_span);
+    else
+        view_update(view_lo, view_hi, zoom_factor, pan_pixels);
+    Bignum_free(span);
+    Bignum_free(home_span);
+    Bignum_free(home_lo);
+    Bignum_free(home_hi);
 }

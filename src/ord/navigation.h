@@ -23,15 +23,24 @@ void navigation_depth_keys();
 // How far the line moves left this frame: arrows at one window width per
 // second (frame time clamped to 0.2 s) plus the mouse drag.
 int32_t navigation_pan_pixels(double frame_dt, int32_t drag_dx);
-// The minimum-zoom rule: the line never gets shorter on screen than
-// min_line_length pixels, so the user can't zoom out past the first view.
-double navigation_min_zoom(double zoom_factor, Bignum view_lo, Bignum view_hi, double min_line_length);
-
-// The first view: the line centred over the middle eight tenths of screen_w.
-// The caller owns both numbers.
+// The first view: the line centred over the middle eight tenths of screen_w,
+// and min_line_length set to that length. The caller owns both numbers.
 void view_start(Bignum *view_lo, Bignum *view_hi, double *min_line_length);
-// Zooms about the centre column by zoom_factor and moves the line left by
-// pan_pixels, replacing (and freeing) both ends. A zoom factor that is not
-// finite (both ends beyond the double range on one side) leaves the view as
-// it is for this frame.
+// Home: the line min_line_length pixels long, centred in the window as it is
+// now (at the start-up width, exactly the first view). It is also the
+// zoom-out limit. The caller owns both numbers.
+void view_home(Bignum *view_lo, Bignum *view_hi, double min_line_length);
+// Zooms by zoom_factor and moves the line left by pan_pixels, replacing (and
+// freeing) both ends. The zoom is about the centre column, exactly; zooming
+// in with the line off that column is about the line's nearer end, so the
+// line is never flung away. A factor that is not finite leaves the view as
+// it is; others are held to 0.0001..10000, what the weights of
+// Bignum_lincomb carry without collapsing the line or overflowing.
 void view_update(Bignum *view_lo, Bignum *view_hi, double zoom_factor, int32_t pan_pixels);
+// One frame of navigation after the input is read: Home held puts the view
+// home; otherwise the minimum-zoom rule (the line never shorter than at
+// home, worked out exactly from the ends), then view_update. Zoom out asked
+// for beyond that limit glides the line home at the zoom's own rate, and
+// within half a pixel of home it is home, so X held always ends there.
+void view_navigate(Bignum *view_lo, Bignum *view_hi, double zoom_factor, int32_t pan_pixels,
+                   double min_line_length);

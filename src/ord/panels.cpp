@@ -51,8 +51,9 @@ void legend_draw(char *buffer, size_t size)
     }
 }
 
-// One row: "Notation: " and the six captions, white when on.
-static void notation_row_panel(NotationRow *row, int32_t y, char *buffer, size_t size)
+// One row: "Notation: " and the six captions, white when on. Returns the
+// x where the row's text ends.
+static int32_t notation_row_panel(NotationRow *row, int32_t y, char *buffer, size_t size)
 {
     uint32_t lh = text_height;
     snprintf(buffer, size, "Notation: ");
@@ -69,29 +70,46 @@ static void notation_row_panel(NotationRow *row, int32_t y, char *buffer, size_t
         text_put(buffer, row->toggle[t] ? 0xffffff : 0x808080, (float)x, (float)y);
         x = end;
     }
+    return x;
+}
+
+// How many rows fit below the add line in the window, at least one.
+static uint32_t rows_that_fit(uint32_t lh)
+{
+    int32_t lines = lh > 0 ? screen_h / (int32_t)lh : 2;
+    return lines >= 2 ? (uint32_t)(lines - 1) : 1;
 }
 
 void notation_panel(char *buffer, size_t size)
 {
     uint32_t lh = text_height;
+    // rows beyond what fits still label the ticks but are not drawn, so the
+    // add line never leaves the window (a window made smaller hides some)
+    uint32_t fit = rows_that_fit(lh);
+    uint32_t shown = notation_rows.count < fit ? notation_rows.count : fit;
+    int32_t rows_end = 0;
     // last row first; row 0 is the window's bottom line and the panel grows up
-    for (uint32_t r = notation_rows.count; r-- > 0;) {
+    for (uint32_t r = shown; r-- > 0;) {
         int32_t y = screen_h - (int32_t)((r + 1) * lh);
-        notation_row_panel(notation_row(r), y, buffer, size);
+        rows_end = notation_row_panel(notation_row(r), y, buffer, size);
     }
 
-    // "Add " and "Remove " directly above the top row
-    int32_t y = screen_h - (int32_t)((notation_rows.count + 1) * lh);
+    // "Add " and "Remove " directly above the top row shown; "Add " dims
+    // when no further row would fit
+    int32_t y = screen_h - (int32_t)((shown + 1) * lh);
+    bool room = notation_rows.count < fit;
     snprintf(buffer, size, "Add ");
     int32_t w = (int32_t)text_width(buffer);
-    if (panel_click(0, w, y, lh))
+    if (room && panel_click(0, w, y, lh))
         DynArray_append(&notation_rows, &new_row_template);
-    text_put(buffer, 0x808080, 0.0f, (float)y);
+    text_put(buffer, room ? 0x808080 : 0x404040, 0.0f, (float)y);
+    int32_t add_end = w;
     if (notation_rows.count > 1) {
         snprintf(buffer, size, "Remove ");
-        int32_t remove_end = w + (int32_t)text_width(buffer);
-        if (panel_click(w, remove_end, y, lh))
+        add_end = w + (int32_t)text_width(buffer);
+        if (panel_click(w, add_end, y, lh))
             DynArray_remove(&notation_rows, notation_rows.count - 1);
         text_put(buffer, 0x808080, (float)w, (float)y);
     }
+    panel_texts_drawn(y, add_end, rows_end, lh);
 }

@@ -10,5 +10,7 @@
 void legend_draw(char *buffer, size_t size);
 
 // The rows, bottom up, with their toggles, and "Add " and "Remove " above
-// them; clicks flip toggles and add or remove the top row.
+// them; clicks flip toggles and add or remove the top row. Only as many rows
+// as fit below the add line are drawn, and added, so that line stays on
+// screen.
 void notation_panel(char *buffer, size_t size);

@@ -39,6 +39,6 @@ check "the notation row fills the bottom 30 pixels" [ "$(brightest "$tall" 300 3
 check "and nothing of it stands above them" [ "$(brightest "$tall" 300 5 150 864)" = 0 ]
 
 app_key q
-app_wait_exit 3
+app_wait_exit 10
 check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 e2e_finish

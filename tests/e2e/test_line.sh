@@ -74,6 +74,6 @@ check "holding M gives the same picture above the read-outs" same_region "$img" 
 check "and the same line beside them" same_region "$img" "$img_m" 264 80 600 540
 
 app_key q
-app_wait_exit 2
+app_wait_exit 10
 check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 e2e_finish

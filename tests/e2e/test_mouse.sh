@@ -11,7 +11,7 @@ reddish() { colours "$1" 3 24 431 $(( $(line_y 432) - 28 )) | awk '{ split($2, c
 ends_of() { stroke_columns "$1" $W $H | sed -n '1p;$p' | tr '\n' ' '; }
 quit_app() {
     app_key q
-    app_wait_exit 3
+    app_wait_exit 10
     check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 }
 

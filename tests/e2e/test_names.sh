@@ -29,6 +29,6 @@ width=$(echo "$runs" | awk '{ print $2 - $1 }')
 check "the grey line near the marker is about 200 pixels wide ($runs)" between "${width:-0}" 170 230
 
 app_key q
-app_wait_exit 3
+app_wait_exit 10
 check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 e2e_finish

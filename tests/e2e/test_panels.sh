@@ -79,7 +79,26 @@ one=$(shot one-row)
 check "after \"Remove \" one row is left" [ "$(row_runs "$one" 1 | wc -l)" = 1 ]
 check "and the labels have one line" [ "$(brightest "$one" 24 30 360 208)" = 0 ]
 
+# "Add " 35 times, each click where it stands: the rows stop at what fits
+# (24 below the add line at this height), so the add line stays on the top
+# line, and clicks on panel texts never move the line
+right_strokes() { stroke_columns "$1" $W $H | awk '$1 > 440' | tr '\n' ' '; }
+# (the labels' stacks of 24 lines reach the top line further right)
+add_line_runs() { text_runs "$1" 0 $(($H - ($2 + 1) * LH)) 200 $LH 8; }
+rows=1
+for _ in $(seq 35); do
+    app_click 15 $((H - (rows + 1) * LH + LH / 2))
+    [ $rows -lt 24 ] && rows=$((rows + 1))
+done
+full=$(shot rows-full)
+top_runs=$(add_line_runs "$full" 24)
+check "the top line reads \"Add Remove \": $(echo $top_runs)" [ "$(echo "$top_runs" | wc -l)" = 2 ]
+check "the line did not move" [ "$(right_strokes "$one")" = "$(right_strokes "$full")" ]
+remove=$(echo "$top_runs" | sed -n 2p)
+app_click $(( ($(echo $remove | cut -d' ' -f1) + $(echo $remove | cut -d' ' -f2)) / 2 )) $((H - 25 * LH + LH / 2))
+check "\"Remove \" on the top line takes a row away" [ "$(add_line_runs "$(shot rows-less)" 23 | wc -l)" = 2 ]
+
 app_key q
-app_wait_exit 2
+app_wait_exit 10
 check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 e2e_finish

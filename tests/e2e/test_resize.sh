@@ -18,6 +18,6 @@ img=$(shot odd-width)
 check "odd width 601: column 300 is the marker" is_marker_column "$img" 300 601 400
 
 app_key Escape
-app_wait_exit 2
+app_wait_exit 10
 check "Escape ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 e2e_finish

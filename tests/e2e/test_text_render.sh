@@ -81,7 +81,7 @@ brightest=$(convert "$img" -format "%[fx:maxima.r*255],%[fx:maxima.g*255],%[fx:m
 check "white text reaches full white, got $brightest" [ "$brightest" = "255,255,255" ]
 
 probe_quit
-app_wait_exit 2
+app_wait_exit 10
 check "Q ends the probe with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 
 # The software mipmap chain gives the same picture as the driver's.
@@ -94,7 +94,7 @@ diff=$(differing "$img" "$soft")
 check "software mipmaps match the driver's within $TOLERANCE pixels, $diff differ" \
     [ "${diff%% *}" -le "$TOLERANCE" ]
 probe_quit
-app_wait_exit 2
+app_wait_exit 10
 check "Q ends the second probe with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 
 # A paragraph wrapped at x = 320: whole words move to the next line, which is
@@ -109,6 +109,6 @@ read -r left top right bottom <<<"$(ink_box "$para" 1000 400 0 0)"
 check "the paragraph stays left of 320, ink from $left to $right" [ "$left" -ge 20 -a "$right" -le 320 ]
 check "the paragraph takes three lines, ink rows $top to $bottom" [ "$top" -ge 20 -a "$bottom" -gt 80 -a "$bottom" -le 100 ]
 probe_quit
-app_wait_exit 2
+app_wait_exit 10
 check "no error log" [ ! -e graphics_error.log ]
 e2e_finish

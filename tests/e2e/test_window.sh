@@ -16,7 +16,7 @@ stray=$(below_line_pixels "$img" 864 648 440)
 check "below the line on the right it is black ($stray lit pixels)" [ "$stray" = "0" ]
 
 app_key q
-app_wait_exit 2
+app_wait_exit 10
 check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
 check "no error log after a clean run" [ ! -e graphics_error.log ]
 e2e_finish

@@ -8,7 +8,7 @@
 W=864 H=648
 # (in the line's band: the legend has a green line too)
 leftmost_green() {
-    window_pixels "$1" $W $H |
+    lit_pixels "$1" $W $H |
         awk -v W=$W -v H=$H '$1 > W / 2 && $4 > $3 + 60 && $3 == $5 {
                 y = ((H - 0.1 * H) / W) * $1 + 0.1 * H
                 if ($2 >= y - 0.05 * H - 2 && $2 <= y + 2 && (min == "" || $1 < min)) min = $1
@@ -23,7 +23,7 @@ position_after() {  # position_after KEYS
     app_hold "$1" 0.5
     POSITION=$(leftmost_green "$(shot "after-$1")")
     app_key q
-    app_wait_exit 5
+    app_wait_exit 10
 }
 
 position_after ctrl+z

@@ -299,6 +299,26 @@ TEST(Bignum, ToDoubleAndItsCutOff)
     }
 }
 
+TEST(Bignum, RatioWithoutTheCutOff)
+{
+    const std::vector<uint16_t> one = {0, 5001}, big(100, 9999);
+    const std::tuple<std::vector<uint16_t>, std::vector<uint16_t>, double> cases[] = {
+        {{0, 5128}, one, 128.0},
+        {{2000, 4999}, one, -0.8},
+        {{5000}, one, 0.0},
+        {{1, 0, 0, 0, 0, 0, 0, 5001}, one, 1e24},  // past the cut-off of Bignum_todouble
+        {one, {0, 0, 0, 0, 0, 0, 0, 5002}, 5e-25},
+        {big, one, INFINITY},
+        {one, big, 0.0},
+    };
+    for (const auto &[x, y, ratio] : cases) {
+        Bignum X = make(x), Y = make(y);
+        EXPECT_DOUBLE_EQ(Bignum_ratio(X, Y), ratio) << show(X) << " / " << show(Y);
+        Bignum_free(X);
+        Bignum_free(Y);
+    }
+}
+
 TEST(Bignum, DecimalText)
 {
     const std::pair<std::vector<uint16_t>, const char *> cases[] = {

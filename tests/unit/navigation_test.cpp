@@ -1,11 +1,12 @@
 // Navigation: zoom speeds, the clamps, the depth limit keys, the minimum-zoom
-// rule and the view update about the centre column.
+// rule, Home and the view update about the centre column.
 #include <gtest/gtest.h>
 
 #include <math.h>
 #include <string.h>
 
 #include <string>
+#include <vector>
 
 #include "ord/navigation.h"
 #include "support/gl/input_state.h"
@@ -110,33 +111,61 @@ TEST(Navigation, PanByArrowsAndDrag)
     screen_w = 0;
 }
 
-TEST(Navigation, FirstViewAndTheMinimumZoomRule)
+// From the first view, a sequence of frames, each (zoom factor, pan) held
+// for a number of frames; then Home must give the first view at once, and X
+// must bring the line into view within 3 s at 100 frames a second and, held,
+// end exactly at the first view. The rule works on the exact ends: doubles
+// of far-off ends saturate, and the line was lost for good.
+TEST(Navigation, EveryViewLeadsHomeByXAndByHome)
 {
+    struct Hold {
+        int frames;
+        double factor;
+        int32_t pan;
+    };
+    struct Case {
+        const char *name;
+        std::vector<Hold> holds;
+    };
+    const double z = exp(0.03), x = exp(-0.03);
+    const Case cases[] = {
+        {"the first view", {}},
+        {"Z, then X to the limit, where it stands still", {{20, exp(0.05), 0}, {100, x, 0}}},
+        {"Left 1.5 s, then Z 15 s", {{150, 1.0, -12}, {1500, z, 0}}},
+        {"Right 1.5 s, then Z 15 s", {{150, 1.0, 12}, {1500, z, 0}}},
+        {"10^130 deep and panned", {{300, exp(1.0), 0}, {100, 1.0, 5000}}},
+        {"drags beyond what a weight can carry", {{1, 1e9, 0}, {1, 1e-9, 0}, {1, 1e9, 0}}},
+    };
     screen_w = 1280;
-    Bignum lo, hi;
-    double min_length;
-    view_start(&lo, &hi, &min_length);
-    EXPECT_EQ(min_length, 1024.0);
-    EXPECT_EQ(ends(lo, hi), "128.0000 1152.0000");
-
-    // at the first view, zooming out is held at the limit
-    EXPECT_DOUBLE_EQ(navigation_min_zoom(exp(-0.03), lo, hi, min_length), 1.0);
-    EXPECT_EQ(navigation_min_zoom(exp(0.03), lo, hi, min_length), exp(0.03));
-
-    // Z for a while, then X for longer: back at the limit and no further
-    for (int i = 0; i < 20; i++)
-        view_update(&lo, &hi, navigation_min_zoom(exp(0.05), lo, hi, min_length), 0);
-    for (int i = 0; i < 40; i++)
-        view_update(&lo, &hi, navigation_min_zoom(exp(-0.05), lo, hi, min_length), 0);
-    // the factor is held to four decimals, so the limit holds within 1/10000
-    // of the length; the anchor drifts by fractions of a pixel per step
-    double span = Bignum_todouble(hi) - Bignum_todouble(lo);
-    EXPECT_NEAR(span, 1024.0, 0.11);
-    EXPECT_NEAR(Bignum_todouble(lo), 128.0, 1.0);
-    view_update(&lo, &hi, navigation_min_zoom(exp(-0.05), lo, hi, min_length), 0);
-    EXPECT_NEAR(Bignum_todouble(hi) - Bignum_todouble(lo), span, 0.11) << "stops at the limit";
-    Bignum_free(lo);
-    Bignum_free(hi);
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        Bignum lo[2], hi[2];
+        double min_length;
+        for (int copy = 0; copy < 2; copy++) {
+            view_start(&lo[copy], &hi[copy], &min_length);
+            for (const Hold &h : c.holds)
+                for (int i = 0; i < h.frames; i++)
+                    view_navigate(&lo[copy], &hi[copy], h.factor, h.pan, min_length);
+        }
+        press_only({KEY_HOME});
+        view_navigate(&lo[0], &hi[0], z, 7, min_length);
+        EXPECT_EQ(ends(lo[0], hi[0]), "128.0000 1152.0000") << "Home";
+        input_reset_keys();
+        int frames = 0;
+        while (frames < 300 && !(Bignum_ltd(lo[1], 1280.0) && Bignum_gtd(hi[1], 0.0))) {
+            view_navigate(&lo[1], &hi[1], x, 0, min_length);
+            frames++;
+        }
+        EXPECT_LT(frames, 300) << "X brings the line into view";
+        for (int i = 0; i < 2000; i++)
+            view_navigate(&lo[1], &hi[1], exp(-0.3), 0, min_length);
+        EXPECT_EQ(ends(lo[1], hi[1]), "128.0000 1152.0000") << "X held ends at the first view";
+        for (int copy = 0; copy < 2; copy++) {
+            Bignum_free(lo[copy]);
+            Bignum_free(hi[copy]);
+        }
+    }
+    input_pump_end();
     screen_w = 0;
 }
 
@@ -157,6 +186,10 @@ TEST(Navigation, ViewUpdateKeepsTheCentreColumnAndPans)
     view_update(&lo, &hi, INFINITY, 10);
     view_update(&lo, &hi, NAN, 10);
     EXPECT_EQ(ends(lo, hi), "-282.0000 1318.0000");
+    // with the line right of the centre, zooming in keeps its left end
+    view_update(&lo, &hi, 1.0, -1000);
+    view_update(&lo, &hi, 2.0, 0);
+    EXPECT_EQ(ends(lo, hi), "718.0000 3918.0000");
     Bignum_free(lo);
     Bignum_free(hi);
     screen_w = 0;
@@ -174,8 +207,6 @@ TEST(Navigation, DeepZoomGrowsTheNumbersAndKeepsTheAnchor)
     EXPECT_GT(hi.n, 200u);
     EXPECT_LT(Bignum_todouble(lo), 0.0);
     EXPECT_GT(Bignum_todouble(hi), 1280.0);
-    // the span is now only a sign apart, and the rule's quotient vanishes
-    EXPECT_EQ(navigation_min_zoom(0.5, lo, hi, min_length), 0.5);
     Bignum_free(lo);
     Bignum_free(hi);
     screen_w = 0;

@@ -110,10 +110,13 @@ TEST_F(Report, WarningGoesToBothLogsWithAStamp)
     expect_one_stamped_line(read_file("warnings.log"), "Retry loop needed in segment()");
     expect_one_stamped_line(read_file("graphics_error.log"), "Retry loop needed in segment()");
 
-    // a directory in the log's place cannot be opened for append: skipped
-    ASSERT_EQ(system("rm warnings.log graphics_error.log && mkdir warnings.log graphics_error.log"), 0);
+    // a directory in the log's place cannot be opened for append, and a
+    // symbolic link is not followed (to a path it could create): skipped
+    ASSERT_EQ(system("rm warnings.log graphics_error.log && mkdir warnings.log && "
+                     "ln -s elsewhere.log graphics_error.log"), 0);
     report_inner("test", 3, REPORT_WARNING, "nowhere to write", 0);
     EXPECT_EQ(report_stack.count, base_count);
+    EXPECT_NE(access("elsewhere.log", F_OK), 0) << "the log followed its link";
 }
 
 // The fatal paths: the child process ends with status 1 and leaves one

@@ -180,6 +180,29 @@ float Bignum_tofloat(Bignum X)
     return (float)Bignum_todouble(X);
 }
 
+// X as m * 10000^e, m from the top four limbs (sixteen digits, all a double
+// holds), the excess taken out.
+static double bignum_scaled(Bignum X, int32_t *e)
+{
+    uint32_t low = X.n > 4 ? X.n - 4 : 0;
+    double m = 0.0;
+    for (uint32_t i = X.n; i-- > low;)
+        m = m * 10000.0 + ((int32_t)X.limbs[i] - (i + 1 == X.n ? 5000 : 0));
+    // limb i weighs 10000^(i-1)
+    *e = (int32_t)low - 1;
+    return m;
+}
+
+double Bignum_ratio(Bignum X, Bignum Y)
+{
+    int32_t ex, ey;
+    double mx = bignum_scaled(X, &ex), my = bignum_scaled(Y, &ey);
+    if (mx == 0.0)
+        return 0.0;
+    // the quotient first, so a large exponent difference alone over- or underflows
+    return mx / my * pow(10000.0, ex - ey);
+}
+
 void Bignum_free(Bignum X)
 {
     free(X.limbs);

@@ -54,6 +54,10 @@ int Bignum_ged(Bignum X, double x);
 double Bignum_todouble(Bignum X);
 // The same in float, with the float nearest to +-1e20 as the cut-off values.
 float Bignum_tofloat(Bignum X);
+// X / Y as a double, for normal forms of any length (to double precision;
+// without the cut-off of Bignum_todouble); 0 or infinite where the quotient
+// leaves the range of doubles.
+double Bignum_ratio(Bignum X, Bignum Y);
 
 // Frees the limb array.
 void Bignum_free(Bignum X);

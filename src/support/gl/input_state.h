@@ -19,6 +19,7 @@ enum KeyIndex : int32_t {
     KEY_S = 115,
     KEY_X = 120,
     KEY_Z = 122,
+    KEY_HOME = 202,
     KEY_RIGHT = 207,
     KEY_LEFT = 208,
     KEY_DOWN = 209,

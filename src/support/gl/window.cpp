@@ -1,6 +1,10 @@
 // The window and its OpenGL context.
 #include "support/gl/window.h"
 
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
 #include <GL/gl.h>
 
 #include "support/gl/input_state.h"
@@ -65,12 +69,33 @@ static WindowRect window_rect(int32_t width, int32_t height)
     return WindowRect{0, 0, width, height};
 }
 
+// Ends the program with one line: there is nothing to show a window on.
+[[noreturn]] static void window_impossible(const char *what, const char *why)
+{
+    char text[300];
+    snprintf(text, sizeof text, "%s (%s)", what, why);
+    REPORT(REPORT_FATAL, text, 1);
+    exit(1);  // not reached: a fatal report ends the process
+}
+
+// SDL falls back to drivers that draw nowhere when no display answers: a
+// window there would run unseen for ever.
+static bool video_driver_shows(const char *driver)
+{
+    return driver && strcmp(driver, "offscreen") != 0 && strcmp(driver, "dummy") != 0 &&
+           strcmp(driver, "evdev") != 0;
+}
+
 int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
 {
-    if (SDL_Init(SDL_INIT_EVERYTHING) < 0)
-        return 0;
+    // video (with its events) is all the program uses; audio start-up only
+    // prints noise where HOME is not writable
+    if (SDL_Init(SDL_INIT_VIDEO) < 0)
+        window_impossible("No display to open the window on", SDL_GetError());
     // a fatal report closes the window before the process ends
     report_shutdown = SDL_Quit;
+    if (!video_driver_shows(SDL_GetCurrentVideoDriver()))
+        window_impossible("No display to open the window on", "DISPLAY is unset or unreachable");
 
     WindowRect r = window_rect(width, height);
     SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
@@ -80,7 +105,11 @@ int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
     uint32_t flags = windowed ? SDL_WINDOW_OPENGL | SDL_WINDOW_SHOWN | SDL_WINDOW_RESIZABLE
                               : SDL_WINDOW_FULLSCREEN | SDL_WINDOW_OPENGL | SDL_WINDOW_SHOWN;
     sdl_window = SDL_CreateWindow(caption, r.x, r.y, r.w, r.h, flags);
+    if (!sdl_window)
+        window_impossible("The window cannot be opened", SDL_GetError());
     gl_context = SDL_GL_CreateContext(sdl_window);
+    if (!gl_context)
+        window_impossible("The window has no OpenGL", SDL_GetError());
 
     glClearColor(0, 0, 0, 0);
     glClearDepth(1.0);

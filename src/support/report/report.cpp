@@ -2,6 +2,7 @@
 #include "support/report/report.h"
 
 #include <ctype.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -162,9 +163,16 @@ void report_fatal_exit(const char *text)
 void report_log_line(const char *file, const char *text)
 {
     static char stamp[30];
-    FILE *log = fopen(file, "at");
-    if (!log)
+    // never through a symbolic link: one planted in the working directory
+    // would have the log written wherever it points
+    int fd = open(file, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0)
         return;
+    FILE *log = fdopen(fd, "a");
+    if (!log) {
+        close(fd);
+        return;
+    }
     time_t now = time(nullptr);
     struct tm utc;
     gmtime_r(&now, &utc);

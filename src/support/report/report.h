@@ -7,7 +7,8 @@
 // them on standard output. A fatal report ends the process with status 1.
 //
 // A log file that cannot be opened is skipped: the program may run from a
-// directory the user cannot write.
+// directory the user cannot write. A log is never opened through a symbolic
+// link.
 #pragma once
 
 #include <stdint.h>
@@ -68,7 +69,8 @@ int32_t report_inner(const char *source, uint32_t line, ReportType type, const c
 void report_console_handler(ReportRecord *record);
 // Logs the text to "graphics_error.log", prints it, shuts down, exits with 1.
 [[noreturn]] void report_fatal_exit(const char *text);
-// Appends "<UTC stamp> <text>" to the named file; does nothing if it can't be opened.
+// Appends "<UTC stamp> <text>" to the named file; does nothing if it can't be
+// opened or is a symbolic link.
 void report_log_line(const char *file, const char *text);
 // Asks a yes-or-no question on the console; sets the record's answer.
 int32_t report_ask(ReportRecord *record);
