@@ -18,7 +18,7 @@ struct CacheEntry {
     uint64_t bytes;        // what the parts hold
     uint64_t last_frame;   // the frame of the last request
     uint64_t refused_cost; // work per member of the last refused expansion, or 0
-    uint32_t parent;       // entry whose member key is, or CACHE_NONE
+    uint32_t parent;       // index of the entry whose member key is, or CACHE_NONE
     uint32_t first_child;  // entries whose keys are members of this one
     uint32_t next_sibling;
     uint32_t prev_sibling;
@@ -29,6 +29,9 @@ uint64_t expansion_cache_budget = (uint64_t)192 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry
+// No entry: the parent index of a root, the end of a list.
+constexpr uint32_t CACHE_NONE = 0xFFFFFFFFu;
+
 static uint32_t cache_free_list = CACHE_NONE;  // dead entries, linked by next_sibling
 static OrdMap cache_index;      // key -> entry index + 1
 static bool cache_ready = false;
@@ -186,16 +189,22 @@ static uint32_t entry_new(Ord x, uint32_t parent)
     return index;
 }
 
-bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out, bool *full)
+bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansion *out, bool *full)
 {
     cache_start();
     *full = false;
+    // only the top is a root: any other ordinal could be freed under its key
+    if (parent_handle == CACHE_OFF || (parent_handle == CACHE_ROOT && x.terms != cache_top.terms)) {
+        *full = true;
+        return false;
+    }
+    uint32_t parent = parent_handle == CACHE_ROOT ? CACHE_NONE : parent_handle - 1;
     OrdMapSlot *slot = OrdMap_find(&cache_index, x);
     uint32_t index = slot ? (uint32_t)(uintptr_t)slot->value - 1 : CACHE_NONE;
     if (index != CACHE_NONE && entry_at(index)->n >= n) {
         CacheEntry *e = entry_at(index);
         e->last_frame = cache_frame;
-        *out = CachedExpansion{e->seq, e->n, index};
+        *out = CachedExpansion{e->seq, e->n, index + 1};
         return true;
     }
 
@@ -255,7 +264,7 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out
     e->bytes += bytes;
     e->last_frame = cache_frame;
     expansion_cache_bytes += bytes;
-    *out = CachedExpansion{e->seq, e->n, index};
+    *out = CachedExpansion{e->seq, e->n, index + 1};
     return true;
 }
 

@@ -27,11 +27,12 @@
 
 #include "OrdBuchholz/ord.h"
 
-// No entry: the parent of the top's expansion.
-constexpr uint32_t CACHE_NONE = 0xFFFFFFFFu;
-// Not kept: an ordinal from an expansion the cache does not hold, whose own
-// expansion cannot be kept either (its key would die before the entry).
-constexpr uint32_t CACHE_OFF = 0xFFFFFFFEu;
+// Where an ordinal comes from, as a handle: CACHE_OFF, an expansion the cache
+// does not hold (its own expansion cannot be kept either: the key would die
+// before the entry), and the zero value, so a record made without thought is
+// never kept; CACHE_ROOT, the top of the line; else the handle of an entry.
+constexpr uint32_t CACHE_OFF = 0;
+constexpr uint32_t CACHE_ROOT = 0xFFFFFFFFu;
 // Frames an entry may go unused before it is evicted.
 constexpr uint64_t EXPANSION_CACHE_IDLE = 3;
 
@@ -39,7 +40,7 @@ constexpr uint64_t EXPANSION_CACHE_IDLE = 3;
 struct CachedExpansion {
     const Ord *seq;  // at least the number asked for
     int32_t n;       // how many there are
-    uint32_t entry;  // the entry, the parent of expansions of these members
+    uint32_t entry;  // the handle of the entry: the parent of expansions of its members
 };
 
 // Bytes the cache may hold; past it, the least recently used entries go, and
@@ -54,10 +55,11 @@ extern uint64_t expansion_cache_bytes;
 Ord expansion_cache_top();
 
 // The first n (or more) members of the fundamental sequence of x, a limit,
-// where x is the top or a member of the entry `parent`. False when x cannot be
-// kept: *full is then set if the cache is out of room (the caller expands on
-// its own, as if there were no cache), and left false if the expansion was
-// refused by the work limits of OrdBuchholz/ord_expand.h.
+// where x is the top (parent CACHE_ROOT) or a member of the entry `parent`.
+// False when x cannot be kept: *full is then set if the cache is out of room
+// or x is not what the parent says (the caller expands on its own, as if
+// there were no cache), and left false if the expansion was refused by the
+// work limits of OrdBuchholz/ord_expand.h.
 bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out, bool *full);
 
 // A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.

@@ -1,6 +1,8 @@
 // The layout of the line: segment().
 #include "PlotSegment2/segment.h"
 
+#include <math.h>
+
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
@@ -38,23 +40,85 @@ static void advance(Bignum xlo, Bignum xhi, Bignum *p, Bignum *q)
     *q = converge_step(xhi, *p);
 }
 
+// ln of the distance left to xhi shrinks by this at each converging tick:
+// -ln 0.7017, the step's weight as Bignum_lincomb applies it.
+constexpr double CONVERGE_LOG_STEP = 0.35424931672389404;
+
+// Ticks stepped one by one before the rest are counted by logarithms: so many
+// that the steps' rounding has long stopped mattering at the scale of the
+// view (a view that needs more is right at a limit).
+constexpr int32_t SEGMENT_STEPPED_TICKS = 1000;
+
+// The position j ticks on from p toward xhi without the ticks between:
+// xhi - (xhi - p) * 0.7017^j, to about 1e-8 of the distance left.
+static Bignum converge_jump(Bignum xhi, Bignum p, double j)
+{
+    Bignum d = Bignum_lincomb(xhi, p, 1.0, -1.0);
+    // 0.7017^j = s * 10000^-k with s in [1, 10000): d moved down k limbs,
+    // then times s in two parts of four decimals
+    double l = -j * CONVERGE_LOG_STEP / 9.210340371976184;
+    double k = ceil(-l);
+    double s = pow(10000.0, l + k);
+    Bignum v;
+    if (k + 3 > d.n) {
+        // what is left is small enough for a double
+        v = Bignum_fromdouble(exp(Bignum_log(d) - j * CONVERGE_LOG_STEP));
+    } else {
+        Bignum high = Bignum_shiftdown(d, (uint32_t)k), low = Bignum_shiftdown(d, (uint32_t)k + 1);
+        double a = floor(s * 10000.0) / 10000.0;
+        v = Bignum_lincomb(high, low, a, (s - a) * 10000.0);
+        Bignum_free(high);
+        Bignum_free(low);
+    }
+    Bignum r = Bignum_lincomb(xhi, v, 1.0, -1.0);
+    Bignum_free(v);
+    Bignum_free(d);
+    return r;
+}
+
+// Ticks from p on whose positions all stay at least `distance` from xhi,
+// by logarithms (a few fewer, to be safe from rounding); 0 if none.
+static double ticks_before(Bignum xhi, Bignum p, Bignum distance)
+{
+    Bignum d = Bignum_lincomb(xhi, p, 1.0, -1.0);
+    double t = floor((Bignum_log(d) - Bignum_log(distance)) / CONVERGE_LOG_STEP) - 2.0;
+    Bignum_free(d);
+    return t > 0 ? t : 0;
+}
+
 // Ticks the interval needs, on numbers alone. Deliberately one tick late:
 // the first two rounds both test xlo, each later one the position before
-// the newest. -1 when they would be more than SEGMENT_MAX_TICKS.
+// the newest. Past SEGMENT_STEPPED_TICKS the rest is counted by logarithms,
+// a few over rather than under. -1 when they would be more than
+// SEGMENT_MAX_TICKS.
 static int32_t converging_tick_count(WalkRecord r, Bignum T)
 {
     int32_t n = 0;
     Bignum p = r.xlo, q = {0, nullptr};
+    bool stepped_out = false;
     while (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         if (n == 0)
             q = converge_step(r.xhi, p);
         else
             advance(r.xlo, r.xhi, &p, &q);
-        if (n >= SEGMENT_MAX_TICKS) {
-            n = -1;
+        if (n > SEGMENT_STEPPED_TICKS) {
+            stepped_out = true;
             break;
         }
         n++;
+    }
+    if (stepped_out) {
+        // the ticks go on until the distance left is below the stop size or
+        // the view's right edge, whichever is further from xhi
+        Bignum right = Bignum_fromdouble(r.right);
+        Bignum to_right = Bignum_lincomb(r.xhi, right, 1.0, -1.0);
+        Bignum stop = Bignum_fromdouble(r.minsize);
+        bool right_first = Bignum_lt(stop, to_right);
+        double more = ticks_before(r.xhi, p, right_first ? to_right : stop) + 5.0;
+        n = n + more < SEGMENT_MAX_TICKS ? n + (int32_t)more : -1;
+        Bignum_free(stop);
+        Bignum_free(to_right);
+        Bignum_free(right);
     }
     if (p.limbs != r.xlo.limbs)
         Bignum_free(p);
@@ -201,6 +265,21 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             child.ordhi = seq[m];
             child_k = k + 1;
         } else {
+            if (i > SEGMENT_STEPPED_TICKS) {
+                // children wholly left of the view are not entered: jump to
+                // the last few before it instead of stepping through them
+                Bignum left = Bignum_fromdouble(r.left);
+                Bignum to_left = Bignum_lincomb(r.xhi, left, 1.0, -1.0);
+                double skip = ticks_before(r.xhi, q, to_left);
+                if (skip >= 2 && m + i + skip < c) {
+                    Bignum jumped = converge_jump(r.xhi, q, skip);
+                    Bignum_free(q);
+                    q = jumped;
+                    i += (int32_t)skip;
+                }
+                Bignum_free(to_left);
+                Bignum_free(left);
+            }
             advance(r.xlo, r.xhi, &p, &q);
             child.ordlo = seq[m + i - 1];
             child.ordhi = seq[m + i];

@@ -29,8 +29,8 @@ struct WalkRecord {
     float yleft;    // screen y of the line at `left` (callbacks only)
     float yright;   // screen y of the line at `right` (callbacks only)
     float ticklen;  // tick stroke length in pixels (callbacks only)
-    // where ordhi comes from: the expansion cache entry whose member it is,
-    // CACHE_NONE for the top, CACHE_OFF when it cannot be kept
+    // where ordhi comes from: the handle of the expansion cache entry whose
+    // member it is, CACHE_ROOT for the top, CACHE_OFF (0) when it cannot be kept
     uint32_t ordhi_entry;
     // set for a leaf that was not divided because the work limits of the
     // expansion refused it: the line is "too deep" here this frame

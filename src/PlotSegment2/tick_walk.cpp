@@ -68,7 +68,7 @@ void walk_line(TickCallback fn, WalkRecord r)
     segment_deadline = walk_pass_seconds > 0 ? clock_monotonic_seconds() + walk_pass_seconds : 0.0;
     r.ordlo = Ord_zero();
     r.ordhi = top;
-    r.ordhi_entry = CACHE_NONE;
+    r.ordhi_entry = CACHE_ROOT;
     r.too_deep = false;
     segment(fn, 0, r);
 

@@ -203,6 +203,26 @@ double Bignum_ratio(Bignum X, Bignum Y)
     return mx / my * pow(10000.0, ex - ey);
 }
 
+double Bignum_log(Bignum X)
+{
+    int32_t e;
+    double m = bignum_scaled(X, &e);
+    if (m <= 0.0)
+        return -INFINITY;
+    // ln 10000 per limb
+    return log(m) + e * 9.210340371976184;
+}
+
+Bignum Bignum_shiftdown(Bignum X, uint32_t k)
+{
+    if (k + 2 > X.n)
+        return Bignum_fromdouble(0.0);
+    // the top limb keeps its excess; the limbs below it only move down
+    Bignum r = bignum_alloc(X.n - k);
+    memcpy(r.limbs, X.limbs + k, (size_t)r.n * sizeof(uint16_t));
+    return r;
+}
+
 void Bignum_free(Bignum X)
 {
     free(X.limbs);

@@ -58,6 +58,12 @@ float Bignum_tofloat(Bignum X);
 // without the cut-off of Bignum_todouble); 0 or infinite where the quotient
 // leaves the range of doubles.
 double Bignum_ratio(Bignum X, Bignum Y);
+// ln X to double precision for a positive normal form of any length; minus
+// infinity for 0 and below.
+double Bignum_log(Bignum X);
+// X / 10000^k truncated, for X not negative: the limbs moved down k places
+// (0 when X has fewer than k + 2 limbs).
+Bignum Bignum_shiftdown(Bignum X, uint32_t k);
 
 // Frees the limb array.
 void Bignum_free(Bignum X);
