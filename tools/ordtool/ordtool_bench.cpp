@@ -42,6 +42,10 @@ static const double bench_targets[] = {640.0, 700.0, 1000.0, 1150.0};
 enum BenchPass : int32_t { PASS_TICK, PASS_LABEL, PASS_READOUT, BENCH_PASS_COUNT };
 static const char *const bench_pass_names[BENCH_PASS_COUNT] = {"tick", "label", "readout"};
 
+// The one view of --centre/--zoom or --zoom-at, when given.
+static ViewSetup bench_view;
+static bool bench_view_given = false;
+
 // Callback calls of the pass being timed.
 static int64_t bench_ticks;
 
@@ -123,7 +127,9 @@ static void bench_measure(int fd, int32_t depth, double target, bool arena, int3
     limit.rlim_cur = (rlim_t)usage.ru_maxrss * 1024 + BENCH_MEMORY_LIMIT + ((rlim_t)256 << 20);
     setrlimit(RLIMIT_AS, &limit);
 
-    ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth};
+    ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth, false, {}, {}, 0};
+    if (bench_view_given)
+        setup = bench_view;
     WalkRecord record = view_setup_record(&setup);
     font_pack_measuring_root("fullsize");
     char buffer[112];
@@ -181,13 +187,40 @@ static int bench_row(int32_t depth, double target, int32_t pass, bool arena)
     return 0;
 }
 
-int ordtool_bench(int argc, char **)
+// The view options: with them, bench times that one view in place of the table.
+static bool bench_view_options(int argc, char **argv)
 {
-    if (argc > 2)
-        return ordtool_fail("bench takes no arguments");
+    static const char usage[] =
+        "ordtool bench [--width W] [--centre P --zoom Z | --zoom-at X --factor F --steps K]";
+    bench_view.width = BENCH_WIDTH;
+    bench_view.minsize = 1.0;
+    for (int i = 2; i < argc; i++) {
+        int32_t taken = view_option(argc, argv, &i, &bench_view, false, false);
+        if (taken < 0)
+            return false;
+        if (taken == 0) {
+            ordtool_fail("unknown argument '%s'; usage: %s", ordtool_quote(argv[i]), usage);
+            return false;
+        }
+        bench_view_given = true;
+    }
+    return view_options_check(&bench_view, usage);
+}
+
+int ordtool_bench(int argc, char **argv)
+{
+    if (!bench_view_options(argc, argv))
+        return ORDTOOL_FAILED;
     // the classification constants must stand on the heap before any arena pass
     tick_classify(Ord_zero());
     fflush(stdout);
+    if (bench_view_given) {
+        for (int32_t pass = 0; pass < BENCH_PASS_COUNT; pass++)
+            for (int mode = 0; mode < (pass == PASS_READOUT ? 1 : 2); mode++)
+                if (bench_row(0, bench_view.zoom_at, pass, mode == 1) != 0)
+                    return ORDTOOL_FAILED;
+        return 0;
+    }
     for (int32_t depth : bench_depths)
         for (double target : bench_targets)
             for (int32_t pass = 0; pass < BENCH_PASS_COUNT; pass++)

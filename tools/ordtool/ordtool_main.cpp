@@ -39,6 +39,7 @@ int main(int argc, char **argv)
         fputs(usage_text, stderr);
         return ORDTOOL_FAILED;
     }
+    ordtool_report_handler_install();
     const char *command = argv[1];
     if (strcmp(command, "print") == 0)
         return ordtool_print(argc, argv);
@@ -50,10 +51,14 @@ int main(int argc, char **argv)
         return ordtool_line(argc, argv);
     if (strcmp(command, "bench") == 0)
         return ordtool_bench(argc, argv);
+    if (strcmp(command, "locate") == 0)
+        return ordtool_locate(argc, argv);
+    if (strcmp(command, "render") == 0)
+        return ordtool_render(argc, argv);
     if (strcmp(command, "help") == 0 || strcmp(command, "--help") == 0 ||
         strcmp(command, "-h") == 0) {
         fputs(usage_text, stdout);
         return 0;
     }
-    return ordtool_fail("unknown command '%s' (try: ordtool help)", command);
+    return ordtool_fail("unknown command '%s' (try: ordtool help)", ordtool_quote(command));
 }
