@@ -32,6 +32,8 @@ static uint8_t digit_at(Decimal a, int64_t p)
 // Compares |a| and |b|.
 static int32_t magnitude_cmp(Decimal a, Decimal b)
 {
+    if (a.count == 0 || b.count == 0)
+        return (a.count != 0) - (b.count != 0);
     int64_t top_a = a.count ? (int64_t)a.count - a.scale : INT64_MIN;
     int64_t top_b = b.count ? (int64_t)b.count - b.scale : INT64_MIN;
     if (top_a != top_b)
