@@ -12,9 +12,9 @@ static const char line_usage[] =
     "ordtool line --width W [--minsize S] [--centre P --zoom Z | --zoom-at X --factor F --steps K] "
     "[--row BITS] [--columns] [--arena]";
 
-// The row the texts are written in, and where the lines go: the whole list is
-// printed only once the walk is done, so a view the layout gives up on
-// prints nothing but the refusal.
+// The row the texts are written in, and where the lines go: a temporary file,
+// copied out once the walk is done, so a view the layout gives up on prints
+// nothing but the refusal, in bounded memory.
 static NotationRow line_row;
 static FILE *line_out;
 
@@ -62,18 +62,21 @@ int ordtool_line(int argc, char **argv)
 
     WalkRecord record = view_setup_record(&setup);
     ordtool_memory_mode(arena);
-    char *listing = nullptr;
-    size_t listing_size = 0;
-    line_out = open_memstream(&listing, &listing_size);
+    line_out = tmpfile();
+    if (!line_out)
+        return ordtool_fail("cannot make a temporary file for the listing");
     tick_arrays_rebuild(record.right);
     walk_line(columns ? tick_record : line_print_call, record);
     if (columns)
         for (int32_t c = 0; c < tick_columns; c++)
             if (tick_kinds[c] != 0)
                 fprintf(line_out, "%d\t%u\t%.6f\n", c, tick_kinds[c], (double)tick_sizes[c]);
+    rewind(line_out);
+    char block[65536];
+    size_t got;
+    while ((got = fread(block, 1, sizeof block, line_out)) > 0)
+        fwrite(block, 1, got, stdout);
     fclose(line_out);
-    fwrite(listing, 1, listing_size, stdout);
-    free(listing);
     Bignum_free(record.xlo);
     Bignum_free(record.xhi);
     return 0;
