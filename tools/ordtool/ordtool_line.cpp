@@ -31,7 +31,8 @@ static void line_print_call(WalkRecord r)
 
 int ordtool_line(int argc, char **argv)
 {
-    ViewSetup setup = {};
+    // static: its decimals stay reachable to the end, on every way out
+    static ViewSetup setup = {};
     setup.minsize = 1.0;
     bool columns = false, arena = false;
     for (int32_t i = 0; i < NOTATION_TOGGLES; i++)

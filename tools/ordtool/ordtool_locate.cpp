@@ -225,7 +225,8 @@ static int64_t locate_walk(Ord target, Ord top, double width, int64_t min_scale,
 int ordtool_locate(int argc, char **argv)
 {
     const char *ord_text = nullptr;
-    ViewSetup setup = {};
+    // static: its decimals stay reachable to the end, on every way out
+    static ViewSetup setup = {};
     for (int i = 2; i < argc; i++) {
         if (strcmp(argv[i], "--width") == 0) {
             int32_t taken = view_option(argc, argv, &i, &setup, false, false);

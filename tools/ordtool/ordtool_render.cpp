@@ -96,7 +96,8 @@ static bool write_png(const char *path, const uint8_t *rgba, int32_t w, int32_t 
 
 int ordtool_render(int argc, char **argv)
 {
-    ViewSetup setup = {};
+    // static: its decimals stay reachable to the end, on every way out
+    static ViewSetup setup = {};
     setup.minsize = 1.0;
     const char *rows = nullptr, *output = nullptr;
     for (int i = 2; i < argc; i++) {
@@ -118,7 +119,14 @@ int ordtool_render(int argc, char **argv)
     if (setup.height == 0 || !output)
         return ordtool_fail("--height H and -o FILE.png are needed; usage: %s", render_usage);
 
-    // the start-up of the window program, in the order it makes it
+    notation_rows_start();
+    if (rows && !render_rows(rows))
+        return ordtool_fail("--rows wants 1 to %d rows of six digits 0 or 1, separated by commas "
+                            "(got '%s')",
+                            RENDER_MAX_ROWS, ordtool_quote(rows));
+
+    // the start-up of the window program, in the order it makes it (the rows
+    // need no context, so they are read first)
     int32_t w = (int32_t)setup.width, h = (int32_t)setup.height;
     OSMesaContext context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 8, 0, nullptr);
     uint8_t *pixels = (uint8_t *)calloc((size_t)w * h, 4);
@@ -129,11 +137,6 @@ int ordtool_render(int argc, char **argv)
     gl_get_proc_address = render_proc_address;
     gl_state_start(w, h);
     loadfont_embedded("fullsize");
-    notation_rows_start();
-    if (rows && !render_rows(rows))
-        return ordtool_fail("--rows wants 1 to %d rows of six digits 0 or 1, separated by commas "
-                            "(got '%s')",
-                            RENDER_MAX_ROWS, ordtool_quote(rows));
 
     // one frame, as the frame loop draws it
     WalkRecord record = view_setup_record(&setup);
