@@ -91,7 +91,7 @@ static int64_t view_for(Decimal centre, Decimal gap, int32_t room, bool print)
 }
 
 // The refusal for a depth past what is practical, with the view of the
-// deepest interval reached: its middle, zoomed to fill the window.
+// deepest interval reached: its middle, zoomed as far as it stays in the window.
 static int64_t locate_too_deep(const char *why, Decimal xlo, Decimal xhi, double width, bool print)
 {
     if (print)
@@ -101,7 +101,17 @@ static int64_t locate_too_deep(const char *why, Decimal xlo, Decimal xhi, double
     Decimal halfw = decimal_shift(half, -1);
     Decimal middle = decimal_mul(sum, halfw);
     Decimal size = decimal_sub(xhi, xlo);
-    int64_t K = view_for(middle, size, (int32_t)(width * 0.8), print);
+    // the largest zoom at which the whole interval is in the window
+    int64_t K = view_for(middle, size, (int32_t)width, false);
+    if (K > 0)
+        K--;
+    if (print) {
+        Decimal p = decimal_floor(middle, K + 6);
+        char *text = decimal_tostring(p);
+        printf("--centre %s --zoom 10^%lld\n", text, (long long)K);
+        free(text);
+        decimal_free(p);
+    }
     decimal_free(size);
     decimal_free(middle);
     decimal_free(halfw);
