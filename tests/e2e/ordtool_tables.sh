@@ -73,6 +73,7 @@ check "expand in a row" "$(printf 'psi_{0}(1)\npsi_{0}(psi_{1}(0))\npsi_{0}(psi_
 check "cmp below" -1 cmp omega 'omega^2'
 check "cmp equal" 0 cmp '1+omega' omega
 check "cmp forms" 0 cmp 'varphi_{1}(omega)' 'epsilon_{omega}'
+check "cmp a name" 0 cmp 'Bachmann-Howard ordinal' 'ψ₀(Ω₂)'
 check "cmp top equal" 0 cmp 'psi_{0}(I)' 'psi_{ 0 }(I)'
 check "cmp below top" -1 cmp 'psi_{0}(Omega_{Omega_{Omega}})' 'psi_{0}(I)'
 # a tower 30 high with alpha.n off is a short text, written, not refused

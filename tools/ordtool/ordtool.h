@@ -40,8 +40,11 @@ bool ordtool_args(int argc, char **argv, int first, int32_t wanted, bool takes_r
 // never rewound: the process ends after the command.
 void ordtool_memory_mode(bool arena);
 
-// Reads an ordinal argument; on failure prints the reader's message and
-// returns false. The value owns its arrays (Ord_free).
+// The notation of a named ordinal when `text` is its name (in any case, such
+// as "Bachmann-Howard ordinal"), else `text` itself.
+const char *ordtool_named(const char *text);
+// Reads an ordinal argument, or a name of one; on failure prints the reader's
+// message and returns false. The value owns its arrays (Ord_free).
 bool ordtool_read_ord(const char *text, Ord *out);
 
 // Longest text, in bytes, that print and expand are willing to write for one

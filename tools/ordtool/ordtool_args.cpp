@@ -4,10 +4,12 @@
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord_parse.h"
+#include "ord/named_ordinals.h"
 #include "support/report/report.h"
 
 // The tool's arena, lent to ord_arena by --arena; a global, so its blocks stay
@@ -89,10 +91,18 @@ void ordtool_memory_mode(bool arena)
     ord_arena = &ordtool_arena;
 }
 
+const char *ordtool_named(const char *text)
+{
+    for (const NamedOrdinal &n : named_ordinals)
+        if (strcasecmp(text, n.name) == 0)
+            return n.notation;
+    return text;
+}
+
 bool ordtool_read_ord(const char *text, Ord *out)
 {
     OrdParseError error;
-    if (Ord_parse(text, out, &error))
+    if (Ord_parse(ordtool_named(text), out, &error))
         return true;
     ordtool_fail("cannot read '%s': %s", ordtool_quote(text), error.message);
     return false;

@@ -61,7 +61,7 @@ int ordtool_expand(int argc, char **argv)
 
     Ord x;
     OrdParseError error;
-    if (!Ord_parse(args.positional[0], &x, &error)) {
+    if (!Ord_parse(ordtool_named(args.positional[0]), &x, &error)) {
         // a value above the line: say why it has no sequence to print, if so
         Ord any;
         OrdParseError ignored;

@@ -40,6 +40,7 @@ static const char usage_text[] =
     "psi_{0}(I) (the top of the line) standing alone; braces may be left out around a\n"
     "number or a letter (omega^2, psi_0(Omega_2)), and the letters may be Greek (\xcf\x89\xc2\xb2,\n"
     "\xce\xb5\xe2\x82\x80, \xcf\x88\xe2\x82\x80(\xce\xa9)). Ordinals above the top, such as Omega, are refused.\n"
+    "The names the window shows stand for their ordinals ('Bachmann-Howard ordinal').\n"
     "BITS is six digits 0 or 1 for the toggles n, alpha.n, omega^alpha, epsilon_alpha,\n"
     "varphi_alpha(beta) and Omega_alpha, in that order; the default is 111111.\n"
     "--arena runs the command with the ordinal arena in place of the heap.\n"
