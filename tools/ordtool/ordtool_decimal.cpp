@@ -34,8 +34,8 @@ static int32_t magnitude_cmp(Decimal a, Decimal b)
 {
     if (a.count == 0 || b.count == 0)
         return (a.count != 0) - (b.count != 0);
-    int64_t top_a = a.count ? (int64_t)a.count - a.scale : INT64_MIN;
-    int64_t top_b = b.count ? (int64_t)b.count - b.scale : INT64_MIN;
+    // the power just above the leading digit
+    int64_t top_a = (int64_t)a.count - a.scale, top_b = (int64_t)b.count - b.scale;
     if (top_a != top_b)
         return top_a < top_b ? -1 : 1;
     int64_t low = -(a.scale > b.scale ? a.scale : b.scale);
@@ -157,10 +157,8 @@ Decimal decimal_shift(Decimal a, int64_t k)
 
 Decimal decimal_floor(Decimal a, int64_t scale)
 {
-    if (a.scale <= scale) {
-        Decimal r = decimal_shift(a, 0);
-        return r;
-    }
+    if (a.scale <= scale)
+        return decimal_shift(a, 0);
     int64_t drop = a.scale - scale;
     bool lost = false;
     for (int64_t i = 0; i < drop && i < (int64_t)a.count; i++)
