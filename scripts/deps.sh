@@ -4,6 +4,8 @@
 
 # Packages to build and start the viewer.
 DEPS_BUILD="g++ cmake make pkg-config libsdl2-dev libgl-dev libx11-dev libgtest-dev libgl1-mesa-dri"
+# Packages of ordtool render only: the offscreen software GL and PNG files.
+DEPS_TOOL="libosmesa6-dev libpng-dev"
 # Packages to run the tests: a virtual X server, input and screenshots.
 DEPS_TEST="xvfb xdotool imagemagick x11-utils"
 

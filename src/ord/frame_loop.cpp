@@ -6,16 +6,13 @@
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord.h"
-#include "PlotSegment2/centre_readout.h"
-#include "PlotSegment2/labels.h"
-#include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/font_variants.h"
+#include "ord/frame_draw.h"
 #include "ord/leak_checks.h"
 #include "ord/mouse_drag.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
-#include "ord/panels.h"
 #include "ord/readouts.h"
 #include "ord/startup_check.h"
 #include "support/bitmapfonts/font_load.h"
@@ -28,23 +25,6 @@
 
 // Non-zero until the clear colour has been set once, after the first swap.
 static int32_t clear_colour_pending = 1;
-
-// The dark blue column about which the view zooms.
-static void draw_centre_marker()
-{
-    GLboolean lighting = glIsEnabled(GL_LIGHTING);
-    glDisable(GL_LIGHTING);
-    // through the pixel centres of the integer half, so that every rasterizer
-    // lights that one column rather than picking a side of its left edge
-    double x = screen_w / 2 + 0.5;
-    glColor3ub(0, 0, 128);
-    glBegin(GL_LINES);
-    glVertex2d(x, 0);
-    glVertex2d(x, screen_h);
-    glEnd();
-    if (lighting)
-        glEnable(GL_LIGHTING);
-}
 
 // Relative mouse set-up; only a fullscreen program starts in relative mode.
 static void startup_relative_mouse()
@@ -96,29 +76,10 @@ void frame_loop()
         int32_t pan_pixels = navigation_pan_pixels(frame_dt, drag_dx);
         view_navigate(&view_lo, &view_hi, zoom_factor, pan_pixels, min_line_length);
 
-        draw_centre_marker();
-
+        // each frame's walks get their work budget afresh
         walk_frame_start();
-        // M held: the passes of the line allocate from the arena
-        if (key_down[KEY_M])
-            ord_arena = &arena;
-        record.minsize = 1.0f;
-        tick_arrays_rebuild(record.right);
-        record.xlo = view_lo;
-        record.xhi = view_hi;
-        walk_line(tick_record, record);
-        tick_draw(record);
-        record.minsize = (float)(5 * text_height);
-        walk_line(label_draw, record);
-        if (key_down[KEY_M]) {
-            memstack_readout(&arena, text_buffer, sizeof text_buffer);
-            memstack_rewind(&arena);
-            ord_arena = nullptr;
-        }
-        // the read-out always runs on the heap
-        centre_readout((float)(screen_w / 2), record);
-        legend_draw(text_buffer, sizeof text_buffer);
-        notation_panel(text_buffer, sizeof text_buffer);
+        frame_draw(&record, view_lo, view_hi, key_down[KEY_M] ? &arena : nullptr, text_buffer,
+                   sizeof text_buffer);
 
         glFinish();
         SDL_GL_SwapWindow(sdl_window);

@@ -35,7 +35,7 @@ struct OrdPool {
     {
         Ord x;
         OrdParseError error;
-        EXPECT_TRUE(Ord_parse(text, &x, &error)) << "reading '" << text << "': " << error.message;
+        EXPECT_TRUE(Ord_parse_any(text, &x, &error)) << "reading '" << text << "': " << error.message;
         owned.push_back(x);
         return x;
     }

@@ -40,8 +40,11 @@ bool ordtool_args(int argc, char **argv, int first, int32_t wanted, bool takes_r
 // never rewound: the process ends after the command.
 void ordtool_memory_mode(bool arena);
 
-// Reads an ordinal argument; on failure prints the reader's message and
-// returns false. The value owns its arrays (Ord_free).
+// The notation of a named ordinal when `text` is its name (in any case, such
+// as "Bachmann-Howard ordinal"), else `text` itself.
+const char *ordtool_named(const char *text);
+// Reads an ordinal argument, or a name of one; on failure prints the reader's
+// message and returns false. The value owns its arrays (Ord_free).
 bool ordtool_read_ord(const char *text, Ord *out);
 
 // Longest text, in bytes, that print and expand are willing to write for one
@@ -49,14 +52,26 @@ bool ordtool_read_ord(const char *text, Ord *out);
 // coefficient, so omega.4000000000 would be tens of gigabytes.
 constexpr double ORDTOOL_MAX_TEXT = 64e6;
 
-// False, with a message, if the text of x in `row` could exceed
-// ORDTOOL_MAX_TEXT. The bound is generous: it allows each coefficient one more
-// than it has, since the notation's conversions may merge a term into it.
+// The length of Ord_tostring(x, row), counted the way the notation writes it
+// (each form's letters, its converted indices, the coefficient as ".n" or as
+// repeats) without writing it; counting stops once past `limit`.
+double ordtool_text_length(Ord x, const NotationRow *row, double limit);
+// False, with a message, if the text of x in `row` would exceed ORDTOOL_MAX_TEXT.
 bool ordtool_text_fits(Ord x, const NotationRow *row);
 
 // Bytes of term arrays past which `line` leaves intervals undivided ("too
 // deep") rather than take the machine's memory.
 constexpr uint64_t ORDTOOL_MEMORY_LIMIT = (uint64_t)4 << 30;
+
+// `text` quoted for a one-line message: control characters as \n, \t or
+// \xNN, cut with "..." past 120 bytes. The result lives in one of four static
+// buffers, so up to four quotes may stand in one message.
+const char *ordtool_quote(const char *text);
+// Six digits 0 or 1, in toggle order; false for anything else.
+bool ordtool_read_row(const char *bits, NotationRow *row);
+// Reports from the core reach the user as one line and status 2, with no log
+// file: a layout that gives up on a view is a refusal of that view.
+void ordtool_report_handler_install();
 
 // The commands; each returns the exit status.
 int ordtool_print(int argc, char **argv);
@@ -64,3 +79,5 @@ int ordtool_expand(int argc, char **argv);
 int ordtool_cmp(int argc, char **argv);
 int ordtool_line(int argc, char **argv);
 int ordtool_bench(int argc, char **argv);
+int ordtool_locate(int argc, char **argv);
+int ordtool_render(int argc, char **argv);

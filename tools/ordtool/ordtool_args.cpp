@@ -4,9 +4,13 @@
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
+#include <strings.h>
+#include <unistd.h>
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord_parse.h"
+#include "ord/named_ordinals.h"
+#include "support/report/report.h"
 
 // The tool's arena, lent to ord_arena by --arena; a global, so its blocks stay
 // reachable to the end.
@@ -23,8 +27,7 @@ int ordtool_fail(const char *format, ...)
     return ORDTOOL_FAILED;
 }
 
-// Six digits 0 or 1, in toggle order.
-static bool read_row(const char *bits, NotationRow *row)
+bool ordtool_read_row(const char *bits, NotationRow *row)
 {
     if (strlen(bits) != (size_t)NOTATION_TOGGLES)
         return false;
@@ -54,20 +57,20 @@ bool ordtool_args(int argc, char **argv, int first, int32_t wanted, bool takes_r
                 ordtool_fail("--row is not an option of this command; usage: %s", usage);
                 return false;
             }
-            if (i + 1 >= argc || !read_row(argv[i + 1], &args->row)) {
+            if (i + 1 >= argc || !ordtool_read_row(argv[i + 1], &args->row)) {
                 ordtool_fail("--row wants six digits 0 or 1, for n, alpha.n, omega^alpha, "
                              "epsilon_alpha, varphi_alpha(beta) and Omega_alpha (got '%s')",
-                             i + 1 < argc ? argv[i + 1] : "");
+                             ordtool_quote(i + 1 < argc ? argv[i + 1] : ""));
                 return false;
             }
             args->row_given = true;
             i++;
         } else if (a[0] == '-' && a[1] == '-') {
-            ordtool_fail("unknown option '%s'; usage: %s", a, usage);
+            ordtool_fail("unknown option '%s'; usage: %s", ordtool_quote(a), usage);
             return false;
         } else {
             if (args->count == wanted) {
-                ordtool_fail("too many arguments ('%s'); usage: %s", a, usage);
+                ordtool_fail("too many arguments ('%s'); usage: %s", ordtool_quote(a), usage);
                 return false;
             }
             args->positional[args->count++] = a;
@@ -88,41 +91,143 @@ void ordtool_memory_mode(bool arena)
     ord_arena = &ordtool_arena;
 }
 
+const char *ordtool_named(const char *text)
+{
+    for (const NamedOrdinal &n : named_ordinals)
+        if (strcasecmp(text, n.name) == 0)
+            return n.notation;
+    return text;
+}
+
 bool ordtool_read_ord(const char *text, Ord *out)
 {
     OrdParseError error;
-    if (Ord_parse(text, out, &error))
+    if (Ord_parse(ordtool_named(text), out, &error))
         return true;
-    ordtool_fail("cannot read '%s': %s", text, error.message);
+    ordtool_fail("cannot read '%s': %s", ordtool_quote(text), error.message);
     return false;
 }
 
-// An upper bound on the bytes of x's text: each term costs its own letters
-// (at most 32 with its number) plus its sub and arg, times the number of
-// times it is written.
-static double text_bound(Ord x, const NotationRow *row)
+// Decimal digits of n.
+static double digits_of(uint32_t n)
 {
-    double bytes = 1;
-    for (uint32_t i = 0; i < x.count; i++) {
-        const OrdTerm *t = &x.terms[i];
-        // numbers (with "n" on), I and the placeholder are written once
-        bool once = row->toggle[TOGGLE_DOT] || t->coef == ORD_COEF_I || t->coef == 0 ||
-                    (row->toggle[TOGGLE_N] && OrdTerm_isfinite(t));
-        double times = once ? 1 : (double)t->coef + 1;
-        bytes += times * (32 + text_bound(t->sub, row) + text_bound(t->arg, row));
-        // stop early: the bound only needs to pass the limit
-        if (bytes > ORDTOOL_MAX_TEXT)
-            return bytes;
+    double d = 1;
+    while (n >= 10) {
+        n /= 10;
+        d++;
     }
-    return bytes;
+    return d;
+}
+
+static double term_length(const OrdTerm *t, const NotationRow *row, double limit);
+
+double ordtool_text_length(Ord x, const NotationRow *row, double limit)
+{
+    if (x.count == 0)
+        return 1;
+    double n = x.count - 1;  // the "+" between terms
+    for (uint32_t i = 0; i < x.count && n <= limit; i++)
+        n += term_length(&x.terms[i], row, limit - n);
+    return n;
+}
+
+// One term as append_term writes it: the form, then its coefficient.
+static double term_length(const OrdTerm *t, const NotationRow *row, double limit)
+{
+    NotationForm form = notation_form(t, row);
+    if (form == FORM_PLACEHOLDER || form == FORM_MARKER)
+        return 1;
+    if (form == FORM_NUMBER)
+        return digits_of(t->coef);
+    double f;
+    switch (form) {
+    case FORM_BIG_OMEGA:
+        f = Ord_isone(t->sub) ? 5 : 8 + ordtool_text_length(t->sub, row, limit);
+        break;
+    case FORM_OMEGA: {
+        Ord E = notation_omega_exponent(t);
+        f = Ord_isone(E) ? 5 : 8 + ordtool_text_length(E, row, limit);  // "omega^{" "}"
+        Ord_freearray(E);
+        break;
+    }
+    case FORM_EPSILON: {
+        Ord A = notation_epsilon_index(t);
+        f = 10 + ordtool_text_length(A, row, limit);  // "epsilon_{" "}"
+        Ord_freearray(A);
+        break;
+    }
+    case FORM_VARPHI: {
+        Ord A, B;
+        notation_varphi_indices(t, &A, &B);
+        f = 11 + ordtool_text_length(A, row, limit);  // "varphi_{" "}(" ")"
+        if (f <= limit)
+            f += ordtool_text_length(B, row, limit - f);
+        Ord_freearray(B);
+        Ord_freearray(A);
+        break;
+    }
+    default:
+        f = 8 + ordtool_text_length(t->sub, row, limit);  // "psi_{" "}(" ")"
+        if (f <= limit)
+            f += ordtool_text_length(t->arg, row, limit - f);
+        break;
+    }
+    if (t->coef == 1)
+        return f;
+    if (row->toggle[TOGGLE_DOT])
+        return f + 1 + digits_of(t->coef);
+    return f * t->coef + (t->coef - 1);  // written coef times, joined by "+"
 }
 
 bool ordtool_text_fits(Ord x, const NotationRow *row)
 {
-    if (text_bound(x, row) <= ORDTOOL_MAX_TEXT)
+    double n = ordtool_text_length(x, row, ORDTOOL_MAX_TEXT);
+    if (n <= ORDTOOL_MAX_TEXT)
         return true;
     ordtool_fail("the text would be too long with alpha.n off (over %.0f bytes); "
                  "turn alpha.n on in --row",
                  ORDTOOL_MAX_TEXT);
     return false;
+}
+
+const char *ordtool_quote(const char *text)
+{
+    static char buffers[4][520];
+    static int32_t next = 0;
+    char *out = buffers[next];
+    next = (next + 1) % 4;
+    size_t n = 0;
+    for (size_t i = 0; text[i]; i++) {
+        if (i >= 120) {
+            memcpy(out + n, "...", 4);
+            return out;
+        }
+        unsigned char c = (unsigned char)text[i];
+        if (c == '\n')
+            n += (size_t)snprintf(out + n, 5, "\\n");
+        else if (c == '\t')
+            n += (size_t)snprintf(out + n, 5, "\\t");
+        else if (c < 0x20 || c == 0x7F)
+            n += (size_t)snprintf(out + n, 5, "\\x%02X", c);
+        else
+            out[n++] = (char)c;
+    }
+    out[n] = 0;
+    return out;
+}
+
+// Fatal reports end the command as a refusal; warnings and messages are
+// dropped: the tool prints results, and writes no log files.
+static void ordtool_report(ReportRecord *record)
+{
+    if (record->type != REPORT_FATAL)
+        return;
+    fprintf(stderr, "ordtool: the layout of the line gives up on this view (%s)\n",
+            ordtool_quote(record->text));
+    _exit(ORDTOOL_FAILED);
+}
+
+void ordtool_report_handler_install()
+{
+    report_handler = ordtool_report;
 }

@@ -59,6 +59,10 @@ enum BenchExit : int { EXIT_OK = 0, EXIT_BUDGET = 10, EXIT_MEMORY = 11, EXIT_FAT
 enum BenchPass : int32_t { PASS_TICK, PASS_LABEL, PASS_READOUT, BENCH_PASS_COUNT };
 static const char *const bench_pass_names[BENCH_PASS_COUNT] = {"tick", "label", "readout"};
 
+// The one view of --centre/--zoom or --zoom-at, when given.
+static ViewSetup bench_view;
+static bool bench_view_given = false;
+
 // Callback calls of the pass being timed.
 static int64_t bench_ticks;
 
@@ -151,7 +155,9 @@ static void bench_measure(int fd, int32_t depth, double target, bool arena, int3
     limit.rlim_cur = (rlim_t)usage.ru_maxrss * 1024 + BENCH_MEMORY_LIMIT + ((rlim_t)256 << 20);
     setrlimit(RLIMIT_AS, &limit);
 
-    ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth};
+    ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth, false, {}, {}, 0};
+    if (bench_view_given)
+        setup = bench_view;
     WalkRecord record = view_setup_record(&setup);
     font_pack_measuring_root("fullsize");
     char buffer[112];
@@ -212,8 +218,12 @@ static int bench_row(int32_t depth, double target, int32_t pass, bool arena, boo
         outcome = "ok";
     else if (WIFEXITED(status) && WEXITSTATUS(status) == EXIT_BUDGET && timed)
         outcome = "budget";
-    printf("depth=10^%d target=%.0f mode=%s motion=%s pass=%s outcome=%s", depth, target,
-           arena ? "arena" : "heap", moving ? "moving" : "still", bench_pass_names[pass], outcome);
+    if (bench_view_given)
+        printf("view mode=%s motion=%s pass=%s outcome=%s", arena ? "arena" : "heap",
+               moving ? "moving" : "still", bench_pass_names[pass], outcome);
+    else
+        printf("depth=10^%d target=%.0f mode=%s motion=%s pass=%s outcome=%s", depth, target,
+               arena ? "arena" : "heap", moving ? "moving" : "still", bench_pass_names[pass], outcome);
     if (timed)
         printf(" ms=%.3f ticks=%lld", ms, ticks);
     putchar('\n');
@@ -239,7 +249,8 @@ static int32_t bench_list(const char *text, double *out, int32_t most)
 int ordtool_bench(int argc, char **argv)
 {
     static const char usage[] =
-        "ordtool bench [--depths K,K,...] [--targets X,X,...] [--motion still|moving|both]";
+        "ordtool bench [--depths K,K,...] [--targets X,X,...] [--motion still|moving|both] "
+        "[--width W] [--centre P --zoom Z | --zoom-at X --factor F --steps K]";
     double depths[16], targets[16];
     int32_t depth_count = 0, target_count = 0;
     for (int32_t d : bench_depths)
@@ -247,24 +258,38 @@ int ordtool_bench(int argc, char **argv)
     for (double t : bench_targets)
         targets[target_count++] = t;
     bool still = true, moving = true;
-    for (int i = 2; i < argc; i += 2) {
+    bench_view.width = BENCH_WIDTH;
+    bench_view.minsize = 1.0;
+    for (int i = 2; i < argc; i++) {
+        // a view option: that one view in place of the table
+        int32_t taken = view_option(argc, argv, &i, &bench_view, false, false);
+        if (taken < 0)
+            return ORDTOOL_FAILED;
+        if (taken > 0) {
+            bench_view_given = true;
+            continue;
+        }
         const char *value = i + 1 < argc ? argv[i + 1] : "";
-        if (strcmp(argv[i], "--depths") == 0 && (depth_count = bench_list(value, depths, 16)) > 0)
-            continue;
-        if (strcmp(argv[i], "--targets") == 0 && (target_count = bench_list(value, targets, 16)) > 0)
-            continue;
-        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "still") == 0) {
+        bool table = strcmp(argv[i], "--depths") == 0 || strcmp(argv[i], "--targets") == 0;
+        if (strcmp(argv[i], "--depths") == 0)
+            depth_count = bench_list(value, depths, 16);
+        else if (strcmp(argv[i], "--targets") == 0)
+            target_count = bench_list(value, targets, 16);
+        else if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "still") == 0)
             moving = false;
-            continue;
-        }
-        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "moving") == 0) {
+        else if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "moving") == 0)
             still = false;
-            continue;
-        }
-        if (strcmp(argv[i], "--motion") == 0 && strcmp(value, "both") == 0)
-            continue;
-        return ordtool_fail("bad argument '%s %s'; usage: %s", argv[i], value, usage);
+        else if (strcmp(argv[i], "--motion") != 0 || strcmp(value, "both") != 0)
+            return ordtool_fail("unknown argument '%s'; usage: %s", ordtool_quote(argv[i]), usage);
+        if (table && (depth_count <= 0 || target_count <= 0))
+            return ordtool_fail("%s wants whole numbers from 0 to 100000, separated by commas "
+                                "(got '%s'); usage: %s", argv[i], ordtool_quote(value), usage);
+        i++;
     }
+    if (bench_view_given && !view_options_check(&bench_view, usage))
+        return ORDTOOL_FAILED;
+    if (bench_view_given)
+        depth_count = target_count = 1;
     // the classification constants must stand on the heap before any arena pass
     tick_classify(Ord_zero());
     for (int32_t motion = 0; motion < 2; motion++) {

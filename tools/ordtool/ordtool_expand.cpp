@@ -4,11 +4,45 @@
 
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_expand.h"
+#include "OrdBuchholz/ord_parse.h"
 #include "tools/ordtool/ordtool.h"
 
 // Most members asked for at once. Member i of a sequence that iterates a
 // template nests i levels deep, and printing recurses along that nesting.
 static const long EXPAND_MAX = 1000;
+
+// True if x, a value above the line, has uncountable cofinality: along its
+// chain of last terms (into the argument, or into a limit subscript) it ends
+// at Omega_a, a a successor, with no term on the way of a subscript below a
+// (such a term is what lets the expansion diagonalise to an omega-sequence).
+static bool cofinality_uncountable(Ord x)
+{
+    Ord subs[ORD_PARSE_MAX_DEPTH + 1];
+    uint32_t n = 0;
+    for (;;) {
+        if (x.count == 0)
+            return false;
+        const OrdTerm *t = Ord_lastterm(x);
+        if (OrdTerm_isfinite(t) || Ord_istop(x))
+            return false;
+        if (n <= ORD_PARSE_MAX_DEPTH)
+            subs[n++] = t->sub;
+        if (t->arg.count) {
+            if (Ord_issuccessor(t->arg))
+                return false;
+            x = t->arg;
+            continue;
+        }
+        if (!Ord_issuccessor(t->sub)) {
+            x = t->sub;
+            continue;
+        }
+        for (uint32_t i = 0; i < n; i++)
+            if (Ord_cmp(subs[i], t->sub) < 0)
+                return false;
+        return true;
+    }
+}
 
 int ordtool_expand(int argc, char **argv)
 {
@@ -22,27 +56,46 @@ int ordtool_expand(int argc, char **argv)
     long n = strtol(count_text, &end, 10);
     if (end == count_text || *end != 0 || n < 1 || n > EXPAND_MAX)
         return ordtool_fail("N must be a whole number from 1 to %ld (got '%s')", EXPAND_MAX,
-                            count_text);
+                            ordtool_quote(count_text));
     ordtool_memory_mode(args.arena);
 
     Ord x;
-    if (!ordtool_read_ord(args.positional[0], &x))
-        return ORDTOOL_FAILED;
+    OrdParseError error;
+    if (!Ord_parse(ordtool_named(args.positional[0]), &x, &error)) {
+        // a value above the line: say why it has no sequence to print, if so
+        Ord any;
+        OrdParseError ignored;
+        if (error.above_top && Ord_parse_any(args.positional[0], &any, &ignored)) {
+            bool uncountable = cofinality_uncountable(any);
+            Ord_free(any);
+            if (uncountable)
+                return ordtool_fail("'%s' has uncountable cofinality: no sequence of length omega "
+                                    "reaches it, and such a sequence is what expand prints",
+                                    ordtool_quote(args.positional[0]));
+        }
+        return ordtool_fail("cannot read '%s': %s", ordtool_quote(args.positional[0]),
+                            error.message);
+    }
     // only a limit has a fundamental sequence
     if (x.count == 0 || Ord_issuccessor(x)) {
-        ordtool_fail("'%s' is %s and has no fundamental sequence", args.positional[0],
+        ordtool_fail("'%s' is %s and has no fundamental sequence", ordtool_quote(args.positional[0]),
                      x.count == 0 ? "0" : "a successor ordinal");
         Ord_free(x);
         return ORDTOOL_FAILED;
     }
 
-    // members carry x's coefficients, and coefficients below N of their own
-    if (!ordtool_text_fits(x, &args.row)) {
-        Ord_free(x);
-        return ORDTOOL_FAILED;
-    }
-
+    // every member's text is counted before any is written
     OrdExpansion e = Ord_expandfresh(x, (int32_t)n);
+    double total = 0;
+    for (int32_t i = 0; i < e.n && total <= ORDTOOL_MAX_TEXT; i++)
+        total += ordtool_text_length(e.seq[i], &args.row, ORDTOOL_MAX_TEXT - total) + 1;
+    if (total > ORDTOOL_MAX_TEXT) {
+        Ord_freeexpansion(e);
+        Ord_free(x);
+        return ordtool_fail("the members' texts would be too long (over %.0f bytes); "
+                            "ask for fewer, or turn alpha.n on in --row",
+                            ORDTOOL_MAX_TEXT);
+    }
     for (int32_t i = 0; i < e.n; i++) {
         char *text = Ord_tostring(e.seq[i], &args.row);
         printf("%s\n", text);

@@ -5,13 +5,13 @@
 #include <string.h>
 
 #include <GL/gl.h>
-#include <GL/glx.h>
 
 #include "support/gl/mipmap.h"
 
 int32_t texture_compat = 1;
 int32_t has_generate_mipmap = -1;
 void (*gl_generate_mipmap)(uint32_t target) = nullptr;
+void *(*gl_get_proc_address)(const char *name) = nullptr;
 
 // Pixel formats by component count, 1 to 4.
 static const GLenum texel_formats[5] = {0, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
@@ -24,9 +24,8 @@ void texture_make_mipmaps()
         has_generate_mipmap = extensions && strstr(extensions, "GL_SGIS_generate_mipmap") ? 1 : 0;
     }
     if (has_generate_mipmap == 1) {
-        if (!gl_generate_mipmap)
-            gl_generate_mipmap = (void (*)(uint32_t))glXGetProcAddress(
-                (const GLubyte *)"glGenerateMipmap");
+        if (!gl_generate_mipmap && gl_get_proc_address)
+            gl_generate_mipmap = (void (*)(uint32_t))gl_get_proc_address("glGenerateMipmap");
         // a driver that reports the extension without the call falls back to software
         if (gl_generate_mipmap) {
             gl_generate_mipmap(GL_TEXTURE_2D);

@@ -11,6 +11,9 @@ extern int32_t texture_compat;
 extern int32_t has_generate_mipmap;
 // The entry point "glGenerateMipmap"; null until fetched.
 extern void (*gl_generate_mipmap)(uint32_t target);
+// Looks up a GL entry point by name for the current kind of context (GLX for
+// the window, OSMesa offscreen); set by whoever makes the context. Null: none.
+extern void *(*gl_get_proc_address)(const char *name);
 
 // Builds levels 1 and up of the bound GL_TEXTURE_2D from its level 0: by
 // glGenerateMipmap when the extension is reported and the entry point

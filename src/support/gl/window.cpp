@@ -6,18 +6,16 @@
 #include <string.h>
 
 #include <GL/gl.h>
+#include <GL/glx.h>
 
+#include "support/gl/gl_state.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
+#include "support/gl/texture.h"
 #include "support/report/report.h"
-
-#ifndef GL_TEXTURE_CUBE_MAP_SEAMLESS
-#define GL_TEXTURE_CUBE_MAP_SEAMLESS 0x884F
-#endif
 
 SDL_Window *sdl_window;
 SDL_GLContext gl_context;
-uint8_t ortho_projection = 1;
 
 struct WindowRect {
     int32_t x, y, w, h;
@@ -86,6 +84,12 @@ static bool video_driver_shows(const char *driver)
            strcmp(driver, "evdev") != 0;
 }
 
+// GL entry points beyond the base set come through GLX.
+static void *window_proc_address(const char *name)
+{
+    return (void *)glXGetProcAddress((const GLubyte *)name);
+}
+
 int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
 {
     // video (with its events) is all the program uses; audio start-up only
@@ -111,34 +115,10 @@ int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
     if (!gl_context)
         window_impossible("The window has no OpenGL", SDL_GetError());
 
-    glClearColor(0, 0, 0, 0);
-    glClearDepth(1.0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glDepthFunc(GL_LEQUAL);
-    glEnable(GL_DEPTH_TEST);
-    glShadeModel(GL_SMOOTH);
-    glEnable(GL_COLOR_MATERIAL);
-    glEnable(GL_TEXTURE_CUBE_MAP_SEAMLESS);
-
-    resize_viewport(r.w, r.h);
-    glLoadIdentity();
+    gl_get_proc_address = window_proc_address;
+    gl_state_start(r.w, r.h);
     input_reset_keys();
     if (windowed == 0)
         SDL_ShowCursor(0);
     return 1;
-}
-
-void resize_viewport(int32_t w, int32_t h)
-{
-    screen_w = w;
-    screen_h = h > 0 ? h : 1;
-    glViewport(0, 0, screen_w, screen_h);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    if (ortho_projection) {
-        // pixels from the top left, y down; z from -d to d stays in the depth range
-        int32_t d = screen_h / 2;
-        glOrtho(0, screen_w, screen_h, 0, d, -d);
-    }
-    glMatrixMode(GL_MODELVIEW);
 }
