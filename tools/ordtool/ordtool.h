@@ -52,9 +52,8 @@ bool ordtool_read_ord(const char *text, Ord *out);
 // coefficient, so omega.4000000000 would be tens of gigabytes.
 constexpr double ORDTOOL_MAX_TEXT = 64e6;
 
-// The length of Ord_tostring(x, row), counted the way the notation writes it
-// (each form's letters, its converted indices, the coefficient as ".n" or as
-// repeats) without writing it; counting stops once past `limit`.
+// The length of Ord_tostring(x, row), or more than `limit` when it is longer:
+// written by the notation's own iterative writer, which stops past `limit`.
 double ordtool_text_length(Ord x, const NotationRow *row, double limit);
 // False, with a message, if the text of x in `row` would exceed ORDTOOL_MAX_TEXT.
 bool ordtool_text_fits(Ord x, const NotationRow *row);

@@ -3,6 +3,7 @@
 
 #include <stdarg.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <strings.h>
 #include <unistd.h>
@@ -108,75 +109,16 @@ bool ordtool_read_ord(const char *text, Ord *out)
     return false;
 }
 
-// Decimal digits of n.
-static double digits_of(uint32_t n)
-{
-    double d = 1;
-    while (n >= 10) {
-        n /= 10;
-        d++;
-    }
-    return d;
-}
-
-static double term_length(const OrdTerm *t, const NotationRow *row, double limit);
-
 double ordtool_text_length(Ord x, const NotationRow *row, double limit)
 {
-    if (x.count == 0)
-        return 1;
-    double n = x.count - 1;  // the "+" between terms
-    for (uint32_t i = 0; i < x.count && n <= limit; i++)
-        n += term_length(&x.terms[i], row, limit - n);
+    // the notation's own writer, stopped one byte past the limit: exact, and
+    // iterative however deep x nests
+    size_t stop = limit < 0 ? 1 : limit >= 1e15 ? (size_t)1e15 : (size_t)limit + 1;
+    bool cut;
+    char *text = Ord_tostring_limit(x, row, stop, &cut);
+    double n = cut ? (double)stop + 1 : (double)strlen(text);
+    free(text);
     return n;
-}
-
-// One term as append_term writes it: the form, then its coefficient.
-static double term_length(const OrdTerm *t, const NotationRow *row, double limit)
-{
-    NotationForm form = notation_form(t, row);
-    if (form == FORM_PLACEHOLDER || form == FORM_MARKER)
-        return 1;
-    if (form == FORM_NUMBER)
-        return digits_of(t->coef);
-    double f;
-    switch (form) {
-    case FORM_BIG_OMEGA:
-        f = Ord_isone(t->sub) ? 5 : 8 + ordtool_text_length(t->sub, row, limit);
-        break;
-    case FORM_OMEGA: {
-        Ord E = notation_omega_exponent(t);
-        f = Ord_isone(E) ? 5 : 8 + ordtool_text_length(E, row, limit);  // "omega^{" "}"
-        Ord_freearray(E);
-        break;
-    }
-    case FORM_EPSILON: {
-        Ord A = notation_epsilon_index(t);
-        f = 10 + ordtool_text_length(A, row, limit);  // "epsilon_{" "}"
-        Ord_freearray(A);
-        break;
-    }
-    case FORM_VARPHI: {
-        Ord A, B;
-        notation_varphi_indices(t, &A, &B);
-        f = 11 + ordtool_text_length(A, row, limit);  // "varphi_{" "}(" ")"
-        if (f <= limit)
-            f += ordtool_text_length(B, row, limit - f);
-        Ord_freearray(B);
-        Ord_freearray(A);
-        break;
-    }
-    default:
-        f = 8 + ordtool_text_length(t->sub, row, limit);  // "psi_{" "}(" ")"
-        if (f <= limit)
-            f += ordtool_text_length(t->arg, row, limit - f);
-        break;
-    }
-    if (t->coef == 1)
-        return f;
-    if (row->toggle[TOGGLE_DOT])
-        return f + 1 + digits_of(t->coef);
-    return f * t->coef + (t->coef - 1);  // written coef times, joined by "+"
 }
 
 bool ordtool_text_fits(Ord x, const NotationRow *row)
