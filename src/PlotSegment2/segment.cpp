@@ -13,7 +13,8 @@
 
 int32_t segment_depth = 0;
 int64_t segment_too_deep = 0;
-double segment_deadline = 0.0;
+double segment_expand_budget = 0.0;
+double segment_expand_spent = 0.0;
 
 // The next converging tick: 0.2983 of the way from p to xhi.
 static Bignum converge_step(Bignum xhi, Bignum p)
@@ -135,12 +136,25 @@ struct SegmentMembers {
     OrdExpansion owned;  // the walk's own expansion when entry is CACHE_OFF
 };
 
-// At least c members of r.ordhi's sequence; false if the work limits refuse them.
+static bool segment_members_timed(WalkRecord r, int32_t c, SegmentMembers *out);
+
+// At least c members of r.ordhi's sequence; false if the work limits refuse
+// them. The time spent getting them counts against segment_expand_budget:
+// once it is spent, only what is kept can still be had.
 static bool segment_members(WalkRecord r, int32_t c, SegmentMembers *out)
 {
-    // past the pass's time, only what is kept can still be had
-    if (segment_deadline > 0 && ord_work_left && clock_monotonic_seconds() > segment_deadline)
+    if (segment_expand_budget <= 0)
+        return segment_members_timed(r, c, out);
+    double start = clock_monotonic_seconds();
+    bool got = segment_members_timed(r, c, out);
+    segment_expand_spent += clock_monotonic_seconds() - start;
+    if (segment_expand_spent > segment_expand_budget)
         ord_work_left = 0;
+    return got;
+}
+
+static bool segment_members_timed(WalkRecord r, int32_t c, SegmentMembers *out)
+{
     if (r.ordhi_entry != CACHE_OFF) {
         CachedExpansion kept;
         bool full;

@@ -49,9 +49,12 @@ constexpr double CONVERGE_COMPLEMENT = 0.29829617100000005;
 extern int32_t segment_depth;
 // Leaves made "too deep" since the start value 0; passes read its growth.
 extern int64_t segment_too_deep;
-// CLOCK_MONOTONIC seconds after which a walk takes only kept expansions and
-// makes every other interval a "too deep" leaf; 0, the start value, is none.
-extern double segment_deadline;
+// Seconds a walk may spend getting members (kept ones cost next to nothing)
+// before it takes only kept expansions and makes every other interval a "too
+// deep" leaf; 0, the start value, is no limit. walk_line sets the spent
+// seconds to 0.
+extern double segment_expand_budget;
+extern double segment_expand_spent;
 
 // Most converging ticks one interval may have; a view that needs more of them
 // (over 2,800 decades of zoom onto one limit) is a "too deep" leaf.

@@ -8,7 +8,6 @@
 #include "PlotSegment2/tick_classify.h"
 #include "support/gl/screen.h"
 #include "support/report/report.h"
-#include "support/timing/clock.h"
 
 int32_t tick_columns = 0;
 float *tick_sizes = nullptr;
@@ -65,7 +64,8 @@ void walk_line(TickCallback fn, WalkRecord r)
 {
     // one top for every walk, so that its expansions can be kept
     Ord top = expansion_cache_top();
-    segment_deadline = walk_pass_seconds > 0 ? clock_monotonic_seconds() + walk_pass_seconds : 0.0;
+    segment_expand_budget = walk_pass_seconds;
+    segment_expand_spent = 0.0;
     r.ordlo = Ord_zero();
     r.ordhi = top;
     r.ordhi_entry = CACHE_ROOT;

@@ -70,6 +70,15 @@ xdotool keyup x
 app_key Home
 check "Home returns to the first view" wait_until 10 first_view
 
+# Deep near the top: a press at 770, then Shift+Z for 20 s (some 10^78).
+# Where a frame cannot do all the work the line shows the red "too deep"
+# band; either way the program keeps drawing and Escape still ends it.
+app_click 770 $((H / 2))
+app_hold shift+z 20
+deep=$(shot deep)
+band_red=$(stroke_columns "$deep" $W $H | wc -l)
+red=$(colour_count "$deep" $W $H 0 0 255,48,48)
+check "deep near the top the line still draws ($band_red columns, $red red pixels)" [ "$band_red" -gt 20 ]
 app_key Escape
 app_wait_exit 10
 check "Escape ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
