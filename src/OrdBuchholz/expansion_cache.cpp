@@ -18,6 +18,8 @@ struct CacheEntry {
     uint64_t bytes;        // what the parts hold
     uint64_t last_frame;   // the frame of the last request
     uint64_t refused_cost; // work per member of the last refused expansion, or 0
+    Ord skip_key;          // the left end last asked about (by identity), and
+    int32_t skip;          // how many leading members do not exceed it; -1 none
     uint32_t parent;       // index of the entry whose member key is, or CACHE_NONE
     uint32_t first_child;  // entries whose keys are members of this one
     uint32_t next_sibling;
@@ -175,7 +177,8 @@ static uint32_t entry_new(Ord x, uint32_t parent)
         index = DynArray_append(&cache_entries, &blank);
     }
     CacheEntry *e = entry_at(index);
-    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, 0, parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
+    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, 0, Ord_zero(), -1,
+                    parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
     DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
     if (parent != CACHE_NONE) {
         CacheEntry *p = entry_at(parent);
@@ -266,6 +269,26 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
     expansion_cache_bytes += bytes;
     *out = CachedExpansion{e->seq, e->n, index + 1};
     return true;
+}
+
+bool expansion_cache_skip(uint32_t handle, Ord ordlo, int32_t *m)
+{
+    if (handle == CACHE_OFF || handle == CACHE_ROOT)
+        return false;
+    const CacheEntry *e = entry_at(handle - 1);
+    if (e->skip < 0 || e->skip_key.terms != ordlo.terms || e->skip_key.count != ordlo.count)
+        return false;
+    *m = e->skip;
+    return true;
+}
+
+void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m)
+{
+    if (handle == CACHE_OFF || handle == CACHE_ROOT)
+        return;
+    CacheEntry *e = entry_at(handle - 1);
+    e->skip_key = ordlo;
+    e->skip = m;
 }
 
 void expansion_cache_frame()

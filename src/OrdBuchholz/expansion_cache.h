@@ -62,6 +62,14 @@ Ord expansion_cache_top();
 // work limits of OrdBuchholz/ord_expand.h.
 bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out, bool *full);
 
+// The skip of an interval: how many leading members of the entry do not
+// exceed its left end ordlo, kept for the last ordlo asked about, by
+// identity. Sound because a left end handed to a kept entry comes from that
+// entry's parent or an ancestor, which outlive it. Only a count that stopped
+// at a member above ordlo is kept: then it holds for any length.
+bool expansion_cache_skip(uint32_t handle, Ord ordlo, int32_t *m);
+void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m);
+
 // A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.
 void expansion_cache_frame();
 // Evicts everything (the top stays).

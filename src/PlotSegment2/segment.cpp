@@ -22,12 +22,18 @@ static Bignum converge_step(Bignum xhi, Bignum p)
     return Bignum_lincomb(xhi, p, CONVERGE_COMPLEMENT, CONVERGE_RATIO);
 }
 
-// How many of the first c members do not exceed ordlo.
-static int32_t skipped_members(const Ord *seq, int32_t c, Ord ordlo)
+// How many of the first c members do not exceed ordlo; a kept count when the
+// cache has one (the comparisons of deep ordinals are the costly part).
+static int32_t skipped_members(const Ord *seq, uint32_t entry, int32_t c, Ord ordlo)
 {
     int32_t m = 0;
+    if (expansion_cache_skip(entry, ordlo, &m) && m < c)
+        return m;
+    m = 0;
     while (m < c && Ord_cmp(seq[m], ordlo) <= 0)
         m++;
+    if (m < c)
+        expansion_cache_skip_keep(entry, ordlo, m);
     return m;
 }
 
@@ -239,7 +245,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
         segment_depth--;
         return;
     }
-    int32_t m = skipped_members(members.seq, c, r.ordlo);
+    int32_t m = skipped_members(members.seq, members.entry, c, r.ordlo);
     // the n ticks must start behind the skipped members
     while (m > 2) {
         c = n + m;
@@ -250,7 +256,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             segment_depth--;
             return;
         }
-        m = skipped_members(members.seq, c, r.ordlo);
+        m = skipped_members(members.seq, members.entry, c, r.ordlo);
         REPORT(REPORT_WARNING, "Retry loop needed in segment()", 0);
         if (n + m <= c)
             break;

@@ -27,22 +27,34 @@ static int32_t floor_div_base(int32_t a)
     return q;
 }
 
-Bignum Bignum_fromdouble(double x)
+// Limbs Bignum_fromdouble(x) has: two, and one more for each factor 10000.
+static uint32_t fromdouble_limbs(double x)
 {
     double magnitude = fabs(x + x);
     if (magnitude < 1.0)
         magnitude = 1.0;
-    // k: how many limbs above the pixel limb; 1 / ln 10000
-    int32_t k = (int32_t)floor(log(magnitude) * 0.10857362047581294);
-    Bignum r = bignum_alloc((uint32_t)k + 2);
+    // how many limbs above the pixel limb; 1 / ln 10000
+    return (uint32_t)floor(log(magnitude) * 0.10857362047581294) + 2;
+}
+
+// Writes the n limbs of Bignum_fromdouble(x) into limbs.
+static void fromdouble_fill(double x, uint16_t *limbs, uint32_t n)
+{
+    int32_t k = (int32_t)n - 2;
     // x in units of the top limb, with the excess; -ln 10000
     double v = exp(k * -9.210340371976184) * x + 5000.0;
     for (int32_t i = k + 1; i >= 0; i--) {
         // truncate toward minus infinity, never round
         double d = floor(v);
-        r.limbs[i] = (uint16_t)d;
+        limbs[i] = (uint16_t)d;
         v = (v - d) * 10000.0;
     }
+}
+
+Bignum Bignum_fromdouble(double x)
+{
+    Bignum r = bignum_alloc(fromdouble_limbs(x));
+    fromdouble_fill(x, r.limbs, r.n);
     return r;
 }
 
@@ -74,16 +86,17 @@ Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
     if (!acc)
         REPORT(REPORT_FATAL, "Out of memory for a position", 0);
 
-    // whole parts at each limb, fractions one limb lower; excess included
-    for (int32_t i = (int32_t)m - 1; i >= 0; i--) {
-        uint32_t u = (uint32_t)i;
-        int32_t s = 0;
-        if (u < X.n) s += ia * X.limbs[u];
-        if (u + 1 < X.n) s += fa * X.limbs[u + 1];
-        if (u < Y.n) s += ib * Y.limbs[u];
-        if (u + 1 < Y.n) s += fb * Y.limbs[u + 1];
-        acc[i] = s;
-    }
+    // whole parts at each limb, fractions one limb lower; excess included.
+    // Each operand in a loop of its own without tests, which the compiler
+    // can run several limbs at a time: positions run to hundreds of limbs.
+    for (uint32_t u = X.n; u < m; u++)
+        acc[u] = 0;
+    for (uint32_t u = 0; u + 1 < X.n; u++)
+        acc[u] = ia * X.limbs[u] + fa * X.limbs[u + 1];
+    acc[X.n - 1] = ia * X.limbs[X.n - 1];
+    for (uint32_t u = 0; u + 1 < Y.n; u++)
+        acc[u] += ib * Y.limbs[u] + fb * Y.limbs[u + 1];
+    acc[Y.n - 1] += ib * Y.limbs[Y.n - 1];
 
     // the fractions of limb 0 fall below the point: the one rounding
     int32_t x0 = X.limbs[0] - (X.n == 1 ? 5000 : 0);
@@ -148,9 +161,15 @@ static int bignum_cmp(Bignum X, Bignum Y)
 
 static int bignum_cmpd(Bignum X, double x)
 {
-    Bignum Y = Bignum_fromdouble(x);
+    // screen-sized numbers on the stack: these run at every interval of a walk
+    uint16_t local[16];
+    Bignum Y = {fromdouble_limbs(x), local};
+    if (Y.n > 16)
+        Y = bignum_alloc(Y.n);
+    fromdouble_fill(x, Y.limbs, Y.n);
     int c = bignum_cmp(X, Y);
-    Bignum_free(Y);
+    if (Y.limbs != local)
+        Bignum_free(Y);
     return c;
 }
 
