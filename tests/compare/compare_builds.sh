@@ -19,8 +19,13 @@ build_tree() {
     local tree=$1 out=$2
     cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORDLINE_GRAPHICS=OFF >/dev/null &&
         cmake --build "$out" -j "$(nproc)" --target ordtool ordcore >/dev/null || return 1
+    # the view setup of ordtool, with what it needs where the tree has it
+    local f sources=()
+    for f in ordtool_view.cpp ordtool_decimal.cpp ordtool_args.cpp; do
+        [ -e "$tree/tools/ordtool/$f" ] && sources+=("$tree/tools/ordtool/$f")
+    done
     g++ -std=c++20 -O2 -I"$tree/src" -I"$tree" "$root/tests/compare/view_dump.cpp" \
-        "$tree/tools/ordtool/ordtool_view.cpp" "$out/libordcore.a" -lm -o "$out/view_dump"
+        "${sources[@]}" "$out/libordcore.a" -lm -o "$out/view_dump"
 }
 
 git -C "$root" worktree add --detach "$work/old" "$rev" >/dev/null 2>&1 || { echo "cannot check out $rev" >&2; exit 2; }
@@ -39,7 +44,11 @@ compare() {
     local name=$1; shift
     local old new
     old=$(cd "$work" && run "$work/build-old" "${@//BUILD/$work/build-old}") || { skipped=$((skipped + 1)); echo "skipped (old build does not finish): $name"; return; }
-    new=$(cd "$work" && run "$work/build-new" "${@//BUILD/$work/build-new}")
+    if ! new=$(cd "$work" && run "$work/build-new" "${@//BUILD/$work/build-new}"); then
+        differ=$((differ + 1))
+        echo "NEW BUILD DOES NOT FINISH: $name"
+        return
+    fi
     if [ "$old" == "$new" ]; then
         same=$((same + 1))
     else
