@@ -10,6 +10,9 @@
 // Any pointer into `data` may be stale after an append or a remove; owners who
 // keep a typed view of the block set `mirror`, and it is rewritten exactly
 // when the block moves.
+//
+// A block that cannot be had (the heap refuses, or the count would pass 32
+// bits) is a fatal report, never a null pointer written through.
 #pragma once
 
 #include <stdint.h>
