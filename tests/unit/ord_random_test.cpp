@@ -312,3 +312,43 @@ TEST_P(Random, ConversionsFollowVeblensOrder)
 INSTANTIATE_IN_BOTH_MODES(Random);
 
 }  // namespace
+
+// The seeded fuzzer of the order and the expansion: Ord_cmp is antisymmetric
+// and transitive on random triples, and an expansion made in the arena has
+// the same members as one made on the heap.
+TEST_P(Random, ComparisonIsAnOrderAndBothMemoriesExpandAlike)
+{
+    RandomLine line(20261123);
+    for (int i = 0; i < 200; i++)
+        line.descend(1 + (int)line.below(12));
+    ASSERT_GT(line.values.size(), 600u);
+    size_t n = line.values.size();
+    static MemStack scratch;
+    static bool scratch_made = false;
+    if (!scratch_made)
+        memstack_init(&scratch);
+    scratch_made = true;
+    for (int i = 0; i < 3000; i++) {
+        Ord x = line.values[line.below((uint32_t)n)], y = line.values[line.below((uint32_t)n)],
+            z = line.values[line.below((uint32_t)n)];
+        int32_t xy = Ord_cmp(x, y), yz = Ord_cmp(y, z);
+        ASSERT_EQ(xy, -Ord_cmp(y, x)) << text_of(x) << " against " << text_of(y);
+        if (xy <= 0 && yz <= 0) {
+            ASSERT_LE(Ord_cmp(x, z), 0) << text_of(x) << " <= " << text_of(y) << " <= " << text_of(z);
+        }
+        if (x.count == 0 || Ord_issuccessor(x) || i % 10)
+            continue;
+        MemStack *mode = ord_arena;
+        ord_arena = nullptr;
+        OrdExpansion heap = Ord_expandfresh(x, 4);
+        ord_arena = &scratch;
+        OrdExpansion arena = Ord_expandfresh(x, 4);
+        for (int32_t k = 0; k < 4; k++)
+            ASSERT_EQ(Ord_cmp(heap.seq[k], arena.seq[k]), 0) << "member " << k << " of " << text_of(x);
+        Ord_freeexpansion(arena);
+        memstack_rewind(&scratch);
+        ord_arena = nullptr;
+        Ord_freeexpansion(heap);
+        ord_arena = mode;
+    }
+}
