@@ -27,7 +27,7 @@ struct CacheEntry {
     bool live;
 };
 
-uint64_t expansion_cache_budget = (uint64_t)192 << 20;
+uint64_t expansion_cache_budget = (uint64_t)384 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry
@@ -212,7 +212,7 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
     }
 
     // nothing left to spend: refuse at once, without walking the chain
-    if (ord_work_left == 0)
+    if (ord_work_left == 0 && ord_work_big == 0)
         return false;
     // a longer sequence than kept: at least twice as long, so that a zoom
     // that needs one more member each frame expands only now and then
@@ -225,7 +225,8 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
     if (index != CACHE_NONE) {
         CacheEntry *e = entry_at(index);
         e->last_frame = cache_frame;
-        if (e->refused_cost && e->refused_cost > ord_work_left / (uint64_t)want)
+        uint64_t most = ord_work_left > ord_work_big ? ord_work_left : ord_work_big;
+        if (e->refused_cost && e->refused_cost > most / (uint64_t)want)
             return false;
     }
     OrdExpansion fresh;

@@ -45,7 +45,7 @@ struct CachedExpansion {
 
 // Bytes the cache may hold; past it, the least recently used entries go, and
 // a request that still does not fit is not kept (expansion_cache_get fails
-// with *full set). Start value 192 MiB.
+// with *full set). Start value 384 MiB.
 extern uint64_t expansion_cache_budget;
 // Bytes held now (term arrays, member and keep arrays of every entry).
 extern uint64_t expansion_cache_bytes;

@@ -24,6 +24,7 @@ static OrdExpansion expansion_new(int32_t n)
 }
 
 uint64_t ord_work_left = UINT64_MAX;
+uint64_t ord_work_big = 0;
 uint32_t ord_depth_limit = 0;
 uint64_t ord_memory_limit = UINT64_MAX;
 uint64_t ord_refused_cost = 0;
@@ -187,12 +188,16 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
     }
     uint32_t levels = expand_levels.count;
     cost += (uint64_t)(levels + 1) * (uint64_t)n;
-    if ((ord_depth_limit && cost / (uint64_t)n > ord_depth_limit) || cost > ord_work_left ||
+    // past what is left, the one big step may still be had
+    bool big = cost > ord_work_left && cost <= ord_work_big;
+    if ((ord_depth_limit && cost / (uint64_t)n > ord_depth_limit) || (cost > ord_work_left && !big) ||
         memory_refuses(cost)) {
         ord_refused_cost = cost;
         return expansion_refused(levels);
     }
-    if (ord_work_left != UINT64_MAX)
+    if (big)
+        ord_work_big = 0;
+    else if (ord_work_left != UINT64_MAX)
         ord_work_left -= cost;
 
     OrdExpansion r;

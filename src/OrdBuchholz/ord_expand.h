@@ -62,6 +62,10 @@ OrdExpansion Ord_expand(Ord x, int32_t n);
 // Work that expansions may still do, in member arrays built (about n per level
 // of the chain); UINT64_MAX, the start value, is no limit.
 extern uint64_t ord_work_left;
+// Work of one expansion that may go past ord_work_left, once: a view at rest
+// fills in a step at a time even where a single expansion costs more than a
+// frame's budget. Set to 0 when used; 0, the start value, is none.
+extern uint64_t ord_work_big;
 // Longest chain of levels (with the template's) an expansion may walk; 0, the
 // start value, is no limit.
 extern uint32_t ord_depth_limit;

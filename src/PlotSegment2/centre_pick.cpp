@@ -62,7 +62,7 @@ char *centre_text(float cx, WalkRecord r, float *x, float *y)
     char *text = nullptr;
     if ((double)centre_dist < 1e20) {
         font_select("bigger");
-        text = label_text(centre_ord, *notation_row(0));
+        text = label_text_wrapped(centre_ord, *notation_row(0), true);
         *x = centre_text_x(cx, text_width(text));
         *y = (float)(0.78 * screen_h);
     }

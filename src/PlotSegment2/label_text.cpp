@@ -18,21 +18,27 @@ static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 
 // Bytes of a raw text that can reach the screen: a label starts at most ten
 // line heights left of the window, every glyph advances at least a pixel, and
-// the read-out wraps onto at most the lines the window holds. The rest of a
-// text that long is never seen, so it is never written.
-static size_t label_raw_limit()
+// a wrapped text (the read-out) runs onto at most the lines the window holds.
+// The rest of a text that long is never seen, so it is never written; and
+// one byte past LABEL_TEXT_MAX is always written, to tell raw from typeset.
+static size_t label_raw_limit(bool wrapped)
 {
     size_t h = text_height ? text_height : 1;
     size_t reach = (size_t)(screen_w > 0 ? screen_w : 0) + 20 * h;
-    size_t lines = (size_t)(screen_h > 0 ? screen_h : 0) / h + 2;
+    size_t lines = wrapped ? (size_t)(screen_h > 0 ? screen_h : 0) / h + 2 : 1;
     size_t limit = reach * lines;
     return limit > LABEL_TEXT_MAX ? limit : LABEL_TEXT_MAX + 1;
 }
 
 char *label_text(Ord x, NotationRow row)
 {
+    return label_text_wrapped(x, row, false);
+}
+
+char *label_text_wrapped(Ord x, NotationRow row, bool wrapped)
+{
     bool cut;
-    char *s = Ord_tostring_limit(x, &row, label_raw_limit(), &cut);
+    char *s = Ord_tostring_limit(x, &row, label_raw_limit(wrapped), &cut);
     size_t length = strlen(s);
     if (length > LABEL_TEXT_MAX)
         return s;

@@ -17,6 +17,9 @@ constexpr uint32_t LABEL_TEXT_MAX = 9999;
 // The expanded text of x in the notation of row, ready to draw with the font
 // selected now (script sizes follow it): a new heap block for the caller.
 char *label_text(Ord x, NotationRow row);
+// The same for a text drawn wrapped over several lines (the read-out): a raw
+// text then runs longer.
+char *label_text_wrapped(Ord x, NotationRow row, bool wrapped);
 
 // One label walked line by line, bottom line first, so that drawing and
 // measuring share the placement:

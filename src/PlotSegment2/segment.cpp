@@ -96,13 +96,43 @@ static double ticks_before(Bignum xhi, Bignum p, Bignum distance)
 // Ticks the interval needs, on numbers alone. Deliberately one tick late:
 // the first two rounds both test xlo, each later one the position before
 // the newest. Past SEGMENT_STEPPED_TICKS the rest is counted by logarithms,
-// a few over rather than under. -1 when they would be more than
+// a few over rather than under, and so is the whole count when logarithms
+// say it is far past that (*counted tells). -1 when they would be more than
 // SEGMENT_MAX_TICKS.
-static int32_t converging_tick_count(WalkRecord r, Bignum T)
+// The distance from xhi below which the converging ticks end: the stop size,
+// or the distance to the view's right edge where that is further. The caller
+// frees it.
+static Bignum converging_stop(WalkRecord r)
+{
+    Bignum right = Bignum_fromdouble(r.right);
+    Bignum to_right = Bignum_lincomb(r.xhi, right, 1.0, -1.0);
+    Bignum stop = Bignum_fromdouble(r.minsize);
+    Bignum_free(right);
+    if (Bignum_lt(stop, to_right)) {
+        Bignum_free(stop);
+        return to_right;
+    }
+    Bignum_free(to_right);
+    return stop;
+}
+
+static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted)
 {
     int32_t n = 0;
     Bignum p = r.xlo, q = {0, nullptr};
     bool stepped_out = false;
+    // far more ticks than are ever stepped: counted by logarithms from the
+    // start (the margin covers every rounding of the steps)
+    *counted = false;
+    if (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+        Bignum stop = converging_stop(r);
+        double estimate = ticks_before(r.xhi, p, stop);
+        Bignum_free(stop);
+        if (estimate > SEGMENT_STEPPED_TICKS + 100) {
+            *counted = true;
+            return estimate + 10 < SEGMENT_MAX_TICKS ? (int32_t)estimate + 10 : -1;
+        }
+    }
     while (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         if (n == 0)
             q = converge_step(r.xhi, p);
@@ -117,15 +147,11 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T)
     if (stepped_out) {
         // the ticks go on until the distance left is below the stop size or
         // the view's right edge, whichever is further from xhi
-        Bignum right = Bignum_fromdouble(r.right);
-        Bignum to_right = Bignum_lincomb(r.xhi, right, 1.0, -1.0);
-        Bignum stop = Bignum_fromdouble(r.minsize);
-        bool right_first = Bignum_lt(stop, to_right);
-        double more = ticks_before(r.xhi, p, right_first ? to_right : stop) + 5.0;
+        Bignum stop = converging_stop(r);
+        double more = ticks_before(r.xhi, p, stop) + 5.0;
         n = n + more < SEGMENT_MAX_TICKS ? n + (int32_t)more : -1;
         Bignum_free(stop);
-        Bignum_free(to_right);
-        Bignum_free(right);
+        *counted = true;
     }
     if (p.limbs != r.xlo.limbs)
         Bignum_free(p);
@@ -235,7 +261,8 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     Bignum T = Bignum_lincomb(r.xhi, minsize, 1.0, -1.0);
     Bignum_free(minsize);
 
-    int32_t n = converging_tick_count(r, T);
+    bool counted;
+    int32_t n = converging_tick_count(r, T, &counted);
     SegmentMembers members = {nullptr, CACHE_OFF, OrdExpansion{}};
     // the sequence with just the length the tick count asks for
     int32_t c = n + 2;
@@ -274,6 +301,9 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     }
 
     Bignum p = r.xlo, q = {0, nullptr};
+    // where the ticks were counted, not stepped, the children before the
+    // view are passed over once, by a jump
+    bool skipped_ahead = false;
     for (int32_t i = 0;; i++) {
         if (!Bignum_lt(p, T) || !Bignum_ltd(p, r.right) || c <= m + i)
             break;
@@ -285,7 +315,8 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             child.ordhi = seq[m];
             child_k = k + 1;
         } else {
-            if (i > SEGMENT_STEPPED_TICKS) {
+            if (counted && !skipped_ahead) {
+                skipped_ahead = true;
                 // children wholly left of the view are not entered: jump to
                 // the last few before it instead of stepping through them
                 Bignum left = Bignum_fromdouble(r.left);

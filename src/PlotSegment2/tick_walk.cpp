@@ -52,8 +52,9 @@ void walk_record_screen(WalkRecord *record)
 // Seconds a pass may take before its deadline; 0 until walk_frame_start.
 static double walk_pass_seconds = 0.0;
 
-void walk_frame_start()
+void walk_frame_start(bool at_rest)
 {
+    ord_work_big = at_rest ? WALK_REST_WORK : 0;
     walk_pass_seconds = WALK_PASS_SECONDS;
     expansion_cache_frame();
     ord_work_left = WALK_FRAME_WORK;

@@ -36,12 +36,19 @@ constexpr uint64_t WALK_FRAME_WORK = 1000000;
 constexpr double WALK_PASS_SECONDS = 0.025;
 // Term arrays the walks may hold in all, in bytes, before expansions are
 // refused: far below the machine, far above any view that draws in time.
-constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)512 << 20;
+constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)1 << 30;
+
+// One expansion past the frame's budget that a frame at rest may make, so a
+// view the user has stopped on fills in where single expansions cost more
+// than a moving frame can afford (some 0.3 s at most, once a frame).
+constexpr uint64_t WALK_REST_WORK = 12000000;
 
 // A new frame of the viewer: expansions kept but not used for a few frames
 // go, the frame's work budget starts afresh, and each walk_line of the frame
-// gets WALK_PASS_SECONDS. Tools that want every view whole never call it.
-void walk_frame_start();
+// gets WALK_PASS_SECONDS; a frame `at_rest` (the view as in the frame before)
+// may also take one step of WALK_REST_WORK. Tools that want every view whole
+// never call it.
+void walk_frame_start(bool at_rest);
 
 // One pass over the whole line: takes the top ordinal, lays out the line
 // from 0 to it, then calls fn once more at the end of the line (where the top

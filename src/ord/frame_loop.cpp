@@ -74,10 +74,17 @@ void frame_loop()
         // the mouse, then pan, Home, the minimum-zoom rule and the new view
         int32_t drag_dx = mouse_drag(&zoom_factor, zoom_step, zoom_speed);
         int32_t pan_pixels = navigation_pan_pixels(frame_dt, drag_dx);
+        // a view at rest may fill in a bigger step of work each frame
+        Bignum before_lo = Bignum_lincomb(view_lo, view_lo, 1.0, 0.0);
+        Bignum before_hi = Bignum_lincomb(view_hi, view_hi, 1.0, 0.0);
         view_navigate(&view_lo, &view_hi, zoom_factor, pan_pixels, min_line_length);
+        bool at_rest = !Bignum_lt(view_lo, before_lo) && !Bignum_lt(before_lo, view_lo) &&
+                       !Bignum_lt(view_hi, before_hi) && !Bignum_lt(before_hi, view_hi);
+        Bignum_free(before_lo);
+        Bignum_free(before_hi);
 
         // each frame's walks get their work budget afresh
-        walk_frame_start();
+        walk_frame_start(at_rest);
         frame_draw(&record, view_lo, view_hi, key_down[KEY_M] ? &arena : nullptr, text_buffer,
                    sizeof text_buffer);
 
