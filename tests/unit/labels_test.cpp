@@ -172,8 +172,10 @@ TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
     Ord x = pool.read("omega.1667");
     char *raw = Ord_tostring(x, &row);
     ASSERT_GT(strlen(raw), LABEL_TEXT_MAX);
+    // raw, and written only as far as a line can show, past the guard
     char *shown = label_text(x, row);
-    EXPECT_STREQ(shown, raw);
+    EXPECT_GT(strlen(shown), LABEL_TEXT_MAX);
+    EXPECT_EQ(strncmp(shown, raw, strlen(shown)), 0);
     free(shown);
     free(raw);
     Ord y = pool.read("omega.1666");
