@@ -33,7 +33,7 @@ void walk_record_screen(WalkRecord *record);
 constexpr uint64_t WALK_FRAME_WORK = 1000000;
 // Seconds each pass of a frame may spend before it takes only kept
 // expansions: the frame rate stays up however deep the view.
-constexpr double WALK_PASS_SECONDS = 0.025;
+constexpr double WALK_PASS_SECONDS = 0.02;
 // Term arrays the walks may hold in all, in bytes, before expansions are
 // refused: far below the machine, far above any view that draws in time.
 constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)1 << 30;
