@@ -136,6 +136,10 @@ refuse "zoom past 10^200000" "--zoom wants" line --width 1280 --centre 640 --zoo
 refuse "centre alone" "go together" line --width 1280 --centre 640
 refuse "centre far" "--centre wants" line --width 1280 --centre 1e3 --zoom 2
 refuse "two views" "two ways" line --width 1280 --centre 640 --zoom 2 --zoom-at 700 --factor 2 --steps 1
+# a psi nested 100 deep: member i nests i times as deep, and a thousand of
+# them are refused for their length instead of overflowing the stack
+deep=$(printf 'psi_{0}(%s Omega %s)' "$(printf 'psi_{1}(%.0s' $(seq 100))" "$(printf ')%.0s' $(seq 100))" | tr -d ' ')
+refuse "members nested deep" "too long" expand "$deep" 1000
 # right at omega, 10^3000 deep: some 19,500 converging ticks, counted, not stepped
 near=$("$tool" line --width 1280 --centre 433.4592 --zoom 10^3000 | awk -F'\t' '$1 > 0 && $1 < 1280 { print $3 }' | head -n 2 | tr '\n' ' ')
 if [ "$near" = "19498 19499 " ]; then
