@@ -40,8 +40,8 @@ constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)1 << 30;
 
 // One expansion past the frame's budget that a frame at rest may make, so a
 // view the user has stopped on fills in where single expansions cost more
-// than a moving frame can afford (some 0.3 s at most, once a frame).
-constexpr uint64_t WALK_REST_WORK = 12000000;
+// than a moving frame can afford (some 0.1 s at most, once a frame).
+constexpr uint64_t WALK_REST_WORK = 4000000;
 
 // A new frame of the viewer: expansions kept but not used for a few frames
 // go, the frame's work budget starts afresh, and each walk_line of the frame
