@@ -8,6 +8,8 @@
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
 #include "support/bitmapfonts/text_draw.h"
+#include "support/bitmapfonts/text_measure.h"
+#include "support/gl/screen.h"
 
 // Colour of the read-out: the blue-grey of the frame-rate read-out, dimmer.
 constexpr uint32_t DEPTH_COLOUR = 0x9090c0;
@@ -42,6 +44,9 @@ void depth_readout(Bignum view_lo, Bignum view_hi)
     font_select("legend");
     // the buffer holds the expansion: scripts need three times the text
     script_expand(buffer, -1, 0, 256, size);
-    text_put(buffer, DEPTH_COLOUR, 2.0f, 0.0f);
+    // at the top, ending a line height left of the legend: the line and its
+    // labels stand far lower there at every zoom
+    float x = (float)(3 * screen_w / 4) - text_width(buffer) - (float)text_height;
+    text_put(buffer, DEPTH_COLOUR, x > 0.0f ? x : 0.0f, 0.0f);
     font_select("normal");
 }

@@ -24,7 +24,7 @@
 constexpr double GOTO_NOTE_SECONDS = 6.0;
 // The hint under a field with nothing else to say.
 static const char goto_hint[] =
-    "Enter: fly there   Escape: close   Tab: named ordinals   Ctrl+V: paste";
+    "Enter: fly there   Escape: close   Tab: named ordinals   Up: the last one   Ctrl+V: paste";
 
 // Open or not; start closed.
 static bool field_open = false;
@@ -35,6 +35,8 @@ static char field_message[320];
 static bool message_is_error = false;
 // The named ordinal Tab put in last, -1 for none.
 static int32_t tab_place = -1;
+// The text of the last go-to that flew, for Up; start empty.
+static char last_text[TEXT_FIELD_MAX + 1];
 
 bool goto_field_open()
 {
@@ -92,6 +94,7 @@ static void field_submit(Bignum view_lo, Bignum view_hi)
         snprintf(note, sizeof note, "Only so far: %s.", view.note);
         notice_show(note, GOTO_NOTE_SECONDS);
     }
+    snprintf(last_text, sizeof last_text, "%s", field.text);
     decimal_free(view.centre);
     decimal_free(line_lo);
     decimal_free(line_hi);
@@ -134,8 +137,8 @@ void goto_field_update(Bignum view_lo, Bignum view_hi)
             input_capture = true;
             message_is_error = false;
             snprintf(field_message, sizeof field_message, "%s", goto_hint);
-            // the text of the last go-to stays, all of it, for a change or a new one
-            field.cursor = field.length;
+            // a new text each time; Up brings the last one back
+            text_field_clear(&field);
             tab_place = -1;
         }
         return;
@@ -155,6 +158,8 @@ void goto_field_update(Bignum view_lo, Bignum view_hi)
             edited = false;
         } else if (e->ctrl && e->key == KEY_V) {
             field_paste();
+        } else if (e->key == KEY_UP) {
+            text_field_set(&field, last_text);
         } else {
             edited = text_field_key(&field, e->key);
         }
@@ -223,7 +228,7 @@ void goto_field_draw()
     font_select("normal");
     uint32_t lh = text_height;
     float top = (float)screen_h - 2.0f * lh - 8.0f;
-    overlay_fill(0.0f, top, (float)screen_w, (float)screen_h, 0x000000, 0.92f);
+    overlay_fill(0.0f, top, (float)screen_w, (float)screen_h, 0x000000, 1.0f);
     overlay_fill(0.0f, top, (float)screen_w, top + 1.0f, 0x6060c0, 1.0f);
     float y = top + 3.0f;
     const char *prompt = "Go to: ";

@@ -6,8 +6,9 @@
 // text (Left, Right, Home, End, Backspace, Delete, Ctrl+V pastes) and none of
 // them moves the view or leaves the program. Tab puts the named ordinals of
 // the line into the field in turn (Shift+Tab backward), their names shown
-// under it. A text that names no ordinal shows the reader's message under
-// the field, the cursor at the place it names, and stays for correction.
+// under it; Up brings back the text of the last go-to. A text that names
+// no ordinal shows the reader's message under the field, the cursor at the
+// place it names, and stays for correction.
 // The view is located as ordtool locate does (PlotSegment2/locate.h), the
 // view left is recorded in the history, and the flight (view_flight.h) goes.
 #pragma once

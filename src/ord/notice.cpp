@@ -22,10 +22,11 @@ void notice_draw(double dt)
     if (notice_left <= 0)
         return;
     notice_left -= dt > 0 ? dt : 0;
-    // in "legend", the line below the depth read-out, wrapped at the legend
+    // in "legend", the line below the depth read-out, from a quarter of the
+    // width up to the legend, where the line stands low
     font_select("legend");
     text_begin();
-    text_draw_bounded(notice_text, 0xc0ffc0, 2.0f, (float)text_height * 1.2f,
+    text_draw_bounded(notice_text, 0xc0ffc0, (float)(screen_w / 4), (float)text_height * 1.2f,
                       (float)(3 * screen_w / 4 - 8), (float)screen_h);
     text_close();
     font_select("normal");

@@ -1,6 +1,6 @@
 // Notices: one short line that the window shows for a few seconds, the name
 // of a saved screenshot, what C copied, why a go-to stopped short. It stands
-// at the top left under the depth read-out; a new notice replaces the old.
+// at the top, under the depth read-out; a new notice replaces the old.
 #pragma once
 
 // How long a notice stays, in seconds.

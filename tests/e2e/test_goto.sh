@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Finding the way as a person does: go to epsilon_0, to varphi_2(omega) and
+# to a deep ordinal of a walk at 10^82 (pasted), each time landing on the
+# view ordtool locates, whose render the window then shows and whose centre
+# column ordtool line names the ordinal; Backspace back to the view before;
+# a 5 ms tap of Right at the deep view moves it; C copies the ordinal under
+# the marker; F12 saves the window; a text that names no ordinal keeps the
+# field open with the reader's message, and Escape then only closes it.
+. "$(dirname "$0")/lib.sh"
+
+W=864 H=648
+# the view ordtool locates for an ordinal, as view options
+located() { "$ORDTOOL" locate "$1" --width $W; }
+# the ordinal at the centre column of a view, as ordtool line lists it
+at_centre() {  # at_centre VIEW...
+    "$ORDTOOL" line --width $W "$@" --minsize 60 | awk -F'\t' '$1 >= 431.5 && $1 < 432.5 { print $3 }'
+}
+# goes to TEXT and checks the window against ordtool's render of the located view
+goto_checked() {  # goto_checked NAME TEXT TARGET [PASTE]
+    local view render
+    view=$(located "$3")
+    check "$1: ordtool line names $3 at the centre of its located view" \
+        [ "$(at_centre $view)" = "$("$ORDTOOL" print "$3")" ]
+    render="$E2E_OUT/$E2E_NAME-$1-render.png"
+    "$ORDTOOL" render --width $W --height $H $view -o "$render"
+    app_goto "$2" "${4:-}"
+    # the flight takes at most about 3 s; a deep view may take frames to fill in
+    wait_frame 20 "$1" "$render"
+    same_frame "$1: the window shows the located view" "$SHOT" "$render"
+}
+
+app_start || exit 1
+first=$(shot first)
+
+goto_checked epsilon "epsilon_{0}" "epsilon_{0}"
+app_key BackSpace
+wait_frame 10 back "$first"
+same_frame "Backspace: back to the first view" "$SHOT" "$first"
+
+goto_checked varphi "varphi_{2}(omega)" "varphi_{2}(omega)"
+
+# C: both forms on the clipboard and on standard output
+app_key c
+sleep 0.5
+clip=$(timeout 10 xclip -o -selection clipboard)
+expected="$("$ORDTOOL" print 'varphi_{2}(omega)' --row 110000)
+$("$ORDTOOL" print 'varphi_{2}(omega)')"
+check "C puts psi form and row form on the clipboard (got: $clip)" [ "$clip" = "$expected" ]
+check "C prints both to standard output" grep -qxF "$("$ORDTOOL" print 'varphi_{2}(omega)' --row 110000)" "$E2E_DIR/stdout.txt"
+
+# a walk at 10^82 and the ordinal at its centre, pasted into the field
+deep=$(at_centre $(located 'epsilon_{0}.200+omega.300'))
+check "the walk at 10^82 has an ordinal at its centre ($deep)" [ -n "$deep" ]
+goto_checked deep "$deep" "$deep" paste
+
+# taps of 5 ms on Right at the deep view, where frames are slow: each moves it
+for i in 1 2 3; do
+    before=$(shot "tap-$i-before")
+    app_focus
+    xdotool keydown Right sleep 0.005 keyup Right
+    sleep 1
+    after=$(shot "tap-$i-after")
+    check "a 5 ms tap of Right moves the view (tap $i)" [ "$(differing_outside_fps "$before" "$after")" -gt 1000 ]
+done
+
+# F12: a PNG of the window in the working directory, its name printed
+app_key F12
+wait_until 10 grep -q '^Saved ordline-.*\.png$' "$E2E_DIR/stdout.txt"
+saved=$(sed -n 's/^Saved \(ordline-.*\.png\)$/\1/p' "$E2E_DIR/stdout.txt" | tail -n 1)
+check "F12 saves $saved, $W by $H" [ "$(identify -format '%w %h' "$E2E_DIR/$saved" 2>/dev/null)" = "$W $H" ]
+cp "$E2E_DIR/$saved" "$E2E_OUT/$E2E_NAME-saved.png" 2>/dev/null
+
+# a text that names no ordinal: the message stands under the field, which stays
+app_goto "omega^{"
+sleep 0.5
+bad=$(shot bad-text)
+check "the reader's message stands under the field" [ "$(tinted_count "$bad" $W 24 0 $((H - 24)) 255,128,128)" -gt 50 ]
+app_key Escape
+sleep 0.5
+check "Escape closes the field and leaves the program running" kill -0 "$APP_PID"
+check "the field is gone" [ "$(tinted_count "$(shot closed)" $W 24 0 $((H - 24)) 255,128,128)" -eq 0 ]
+
+app_key q
+app_wait_exit 10
+check "Q ends with status 0, got: $EXIT_RESULT" [ "${EXIT_RESULT%% *}" = "0" ]
+e2e_finish
