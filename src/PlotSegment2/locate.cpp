@@ -93,6 +93,49 @@ static LocateResult too_deep(const char *note, Decimal xlo, Decimal xhi, double 
     return r;
 }
 
+// The first tick right of the target: the interval from it (at xlo) to the
+// next member (ordhi at xhi) is cut into first children, each from the
+// target to the first member of its right end's sequence above the target,
+// until that member is a successor, whose tick is the target's right
+// neighbour; its distance from xlo. Expansions go on the path.
+static Decimal right_neighbour_gap(Ord target, Ord ordhi, Decimal xlo, Decimal xhi, int64_t scale,
+                                   OrdExpansion **path, int32_t *path_count)
+{
+    Decimal hi = decimal_shift(xhi, 0);
+    // ten digits below the interval's own size, which may be far below its parent's
+    Decimal size = decimal_sub(xhi, xlo);
+    if (size.count && 10 - decimal_exponent(size) > scale)
+        scale = 10 - decimal_exponent(size);
+    decimal_free(size);
+    for (int32_t k = 0; k < LOCATE_MAX_DEPTH && !Ord_issuccessor(ordhi); k++) {
+        OrdExpansion e = {};
+        int32_t c = 8, m = 0;
+        for (;;) {
+            e = Ord_expandfresh(ordhi, c);
+            m = 0;
+            while (m < c && Ord_cmp(e.seq[m], target) <= 0)
+                m++;
+            if (m < c || c > LOCATE_MAX_INDEX)
+                break;
+            Ord_freeexpansion(e);
+            c *= 2;
+        }
+        *path = (OrdExpansion *)realloc(*path, (size_t)(*path_count + 1) * sizeof(OrdExpansion));
+        (*path)[(*path_count)++] = e;
+        if (m >= c)
+            break;  // past what the layout draws: the interval's end stands
+        bool successor = Ord_issuccessor(e.seq[m]);
+        double aw = successor ? CONVERGE_RATIO : CONVERGE_RATIO * (2.0 / (k + 2));
+        double bw = successor ? CONVERGE_COMPLEMENT : 1.0 - aw;
+        // each step keeps a share of at least 0.2983: a digit more every step
+        decimal_set(&hi, lincomb(hi, xlo, bw, aw, scale + k + 1));
+        ordhi = e.seq[m];
+    }
+    Decimal gap = decimal_sub(hi, xlo);
+    decimal_free(hi);
+    return gap;
+}
+
 // Follows the intervals from the whole line down to the one whose left end is
 // the target and returns its view. Positions are rounded down to at least
 // `min_scale` decimals on the way, and more where the interval is smaller.
@@ -172,9 +215,10 @@ static LocateResult locate_walk(Ord target, Ord top, Decimal line_lo, Decimal li
         }
         if (Ord_cmp(e.seq[j - 1], target) == 0) {
             // found: the target's tick is this child's left end; its
-            // neighbours are the members before and after it
+            // neighbours are the member before it and the first tick after it
             Decimal gap_before = decimal_sub(left, before);
-            Decimal gap_after = decimal_sub(right, left);
+            Decimal gap_after = right_neighbour_gap(target, e.seq[j], left, right, scale, &path,
+                                                    &path_count);
             int64_t K = zoom_for(decimal_cmp(gap_before, gap_after) < 0 ? gap_before : gap_after,
                                  LOCATE_ROOM);
             result = view_at(left, K, nullptr);

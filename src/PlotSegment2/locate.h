@@ -7,7 +7,9 @@
 // at or below the left end, its first-child shares), from the whole line down
 // to the interval whose left end is the ordinal, with the positions of the
 // first view computed exactly as decimals; then it picks the zoom 10^K at
-// which the neighbouring ticks are far enough. ordtool locate and the
+// which the neighbouring ticks are far enough: the member before it, and the
+// first tick after it (the end of the chain of first children to its right,
+// which can stand much nearer than the next member). ordtool locate and the
 // window's go-to both ask here, so the two cannot disagree.
 //
 // Memory: the walk's expansions are its own and freed before it returns; the
