@@ -2,9 +2,9 @@
 # Finding the way as a person does: go to epsilon_0, to varphi_2(omega) and
 # to a deep ordinal of a walk at 10^82 (pasted), each time landing on the
 # view ordtool locates, whose render the window then shows and whose centre
-# column ordtool line names the ordinal; Backspace back to the view before;
-# a 5 ms tap of Right at the deep view moves it; C copies the ordinal under
-# the marker; F12 saves the window; a text that names no ordinal keeps the
+# read-out names the ordinal; Backspace back to the view before; a 5 ms tap
+# of Right or a click on a toggle between two frames acts; C copies the
+# ordinal under the marker; F12 saves the window; a text that names no ordinal keeps the
 # field open with the reader's message, and Escape then only closes it.
 . "$(dirname "$0")/lib.sh"
 
@@ -57,15 +57,28 @@ deep=$(at_centre $(located 'epsilon_{0}.200+omega.300'))
 check "the walk at 10^82 has an ordinal at its centre ($deep)" [ -n "$deep" ]
 goto_checked deep "$deep" "$deep" paste
 
-# taps of 5 ms on Right at the deep view, where frames are slow: each moves it
+# taps between two frames: with the program stopped (a frame as slow as one
+# likes) a 5 ms tap of Right comes and goes, and so does a click on a toggle
+stopped() {  # stopped COMMAND...: runs it while the program is stopped
+    kill -STOP "$APP_PID"
+    "$@"
+    sleep 0.2
+    kill -CONT "$APP_PID"
+    sleep 0.8
+}
 for i in 1 2 3; do
     before=$(shot "tap-$i-before")
     app_focus
-    xdotool keydown Right sleep 0.005 keyup Right
-    sleep 1
+    stopped xdotool keydown Right sleep 0.005 keyup Right
     after=$(shot "tap-$i-after")
-    check "a 5 ms tap of Right moves the view (tap $i)" [ "$(differing_outside_fps "$before" "$after")" -gt 1000 ]
+    check "a 5 ms tap of Right between two frames moves the view (tap $i)" \
+        [ "$(differing_outside_fps "$before" "$after")" -gt 1000 ]
 done
+toggle=$(text_runs "$after" 0 $((H - 25)) 420 25 8 | sed -n 2p)
+stopped xdotool mousemove --window "$WID" $(((${toggle%% *} + $(echo "$toggle" | cut -d' ' -f2)) / 2)) $((H - 12)) click 1
+flipped=$(text_runs "$(shot toggle-click)" 0 $((H - 25)) 420 25 8 | sed -n 2p)
+check "a click on the toggle n between two frames flips it ($toggle, then $flipped)" \
+    [ "$(echo "$flipped" | cut -d' ' -f3)" -le 128 ]
 
 # F12: a PNG of the window in the working directory, its name printed
 app_key F12
