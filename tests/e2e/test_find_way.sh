@@ -5,7 +5,8 @@
 # read-out names the ordinal; Backspace back to the view before; a 5 ms tap
 # of Right or a click on a toggle between two frames acts; C copies the
 # ordinal under the marker; F12 saves the window; a text that names no ordinal keeps the
-# field open with the reader's message, and Escape then only closes it.
+# field open with the reader's message, and Escape then only closes it; the
+# depth read-out; F1 and H show the keys table, also in a small window.
 . "$(dirname "$0")/lib.sh"
 
 W=864 H=648
@@ -96,6 +97,27 @@ app_key Escape
 sleep 0.5
 check "Escape closes the field and leaves the program running" kill -0 "$APP_PID"
 check "the field is gone" [ "$(tinted_count "$(shot closed)" $W 24 0 $((H - 24)) 255,128,128)" -eq 0 ]
+
+# where am I: the zoom depth at the top, left of the legend, in its blue-grey
+check "the depth read-out stands left of the legend" \
+    [ "$(tinted_count "$(shot depth)" 200 20 440 0 144,144,192)" -gt 30 ]
+
+# F1 shows the keys table over everything (inputs in yellow, actions in
+# white), F1 hides it, and H shows it readable in a small window too
+help_yellow() { tinted_count "$1" "$2" "$3" 0 0 255,224,128; }
+app_key F1
+sleep 0.5
+check "F1 shows the keys table" [ "$(help_yellow "$(shot help)" $W $H)" -gt 2000 ]
+app_key F1
+sleep 0.5
+check "F1 again hides it" [ "$(help_yellow "$(shot help-hidden)" $W $H)" -eq 0 ]
+xdotool windowsize "$WID" 400 300
+sleep 1
+app_key h
+sleep 0.5
+small=$(shot help-small)
+check "H shows it in a window of 400 by 300" [ "$(help_yellow "$small" 400 300)" -gt 500 ]
+check "and nothing of it leaves the window" [ "$(help_yellow "$small" 600 400)" -eq "$(help_yellow "$small" 400 300)" ]
 
 app_key q
 app_wait_exit 10
