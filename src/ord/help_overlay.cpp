@@ -18,18 +18,21 @@ constexpr uint32_t HELP_INPUT_COLOUR = 0xffe080;
 constexpr uint32_t HELP_ACTION_COLOUR = 0xe0e0e0;
 static const char help_title[] = "Keys and mouse   (F1 or H hides this)";
 
-// Shown or not; start hidden.
-static bool help_shown = false;
+// The page shown, from 1; 0 while hidden (the start). The pages the last
+// layout needed: 1 when the table fits the window.
+static int32_t help_page = 0;
+static int32_t help_pages = 1;
 
 void help_overlay_keys()
 {
+    // each press shows the next page, and after the last hides the table
     if (key_edge(KEY_F1) || key_edge(KEY_H))
-        help_shown = !help_shown;
+        help_page = help_page < help_pages ? help_page + 1 : 0;
 }
 
 bool help_overlay_shown()
 {
-    return help_shown;
+    return help_page > 0;
 }
 
 // Writes text from (x, y) in lines at most `width` wide, broken at blanks (a
@@ -64,13 +67,15 @@ static int32_t wrap(const char *text, float width, float x, float y, float step,
     return lines;
 }
 
-// The table at the selected font in `columns` columns; returns the height it
-// takes, and draws it with `draw`.
-static float help_layout(int32_t columns, bool draw)
+// The rows from `first` on at the selected font in `columns` columns, as
+// many as fit above the window's bottom line (kept for the page note);
+// returns how many, and draws them with `draw`.
+static uint32_t help_layout(int32_t columns, uint32_t first, bool draw)
 {
     float lh = (float)text_height;
     float step = lh + (float)(text_height / 5);
     float margin = lh;
+    float bottom = (float)screen_h - step;
     float column_w = ((float)screen_w - margin * (columns + 1)) / columns;
     // the inputs' column: their widest, but no more than 40 per cent
     float input_w = 0;
@@ -84,46 +89,76 @@ static float help_layout(int32_t columns, bool draw)
     if (draw)
         text_put(help_title, HELP_TITLE_COLOUR, margin, margin);
     float top = margin + 1.5f * step;
-    float y = top, tallest = 0;
-    uint32_t per_column = (help_key_count + columns - 1) / columns;
-    for (uint32_t i = 0; i < help_key_count; i++) {
-        int32_t c = (int32_t)(i / per_column);
-        if (i % per_column == 0)
-            y = top;
+    float y = top;
+    int32_t c = 0;
+    uint32_t i = first;
+    for (; i < help_key_count; i++) {
         float x = margin + c * (column_w + margin);
-        int32_t a = wrap(help_keys[i].input, input_w - lh / 2, x, y, step, HELP_INPUT_COLOUR, draw);
-        int32_t b = wrap(help_keys[i].action, column_w - input_w, x + input_w, y, step,
-                         HELP_ACTION_COLOUR, draw);
-        y += (a > b ? a : b) * step + lh / 3;
-        tallest = y > tallest ? y : tallest;
+        // measured first: a row that would pass the bottom goes to the next column
+        int32_t a = wrap(help_keys[i].input, input_w - lh / 2, x, y, step, 0, false);
+        int32_t b = wrap(help_keys[i].action, column_w - input_w, x, y, step, 0, false);
+        float height = (a > b ? a : b) * step;
+        if (y + height > bottom && y > top) {
+            if (++c >= columns)
+                break;
+            y = top;
+            x = margin + c * (column_w + margin);
+        }
+        if (draw) {
+            wrap(help_keys[i].input, input_w - lh / 2, x, y, step, HELP_INPUT_COLOUR, true);
+            wrap(help_keys[i].action, column_w - input_w, x + input_w, y, step,
+                 HELP_ACTION_COLOUR, true);
+        }
+        y += height + lh / 3;
     }
-    return tallest + margin;
+    return i - first;
 }
 
 void help_overlay_draw()
 {
-    if (!help_shown)
+    if (help_page == 0)
         return;
     overlay_fill(0.0f, 0.0f, (float)screen_w, (float)screen_h, 0x000000, 0.95f);
-    // from the panels' size down, a tenth at a time, until the table fits
+    // from the panels' size down, a tenth at a time, until the table fits;
+    // at the smallest size it goes on pages
     char request[64];
     double size = font_variant_scale(FONT_NORMAL, screen_h);
     int32_t columns = 1;
     for (;;) {
         snprintf(request, sizeof request, "fullsize:scale=%lfpx", size);
         font_select(request);
-        if (help_layout(1, false) <= (float)screen_h) {
-            columns = 1;
+        columns = 1;
+        if (help_layout(1, 0, false) == help_key_count)
             break;
-        }
-        if (screen_w > screen_h && help_layout(2, false) <= (float)screen_h) {
-            columns = 2;
+        columns = screen_w > screen_h ? 2 : 1;
+        if (columns == 2 && help_layout(2, 0, false) == help_key_count)
             break;
-        }
         if (size * 0.9 < HELP_MIN_SIZE)
-            break;  // as small as it gets: what does not fit is cut
+            break;
         size *= 0.9;
     }
-    help_layout(columns, true);
+    // the first row of each page up to the one shown
+    uint32_t first = 0;
+    int32_t pages = 1;
+    for (uint32_t n = help_layout(columns, 0, false); first + n < help_key_count; pages++) {
+        first += n > 0 ? n : 1;
+        n = help_layout(columns, first, false);
+    }
+    help_pages = pages;
+    if (help_page > pages)
+        help_page = pages;
+    first = 0;
+    for (int32_t p = 1; p < help_page; p++) {
+        uint32_t n = help_layout(columns, first, false);
+        first += n > 0 ? n : 1;
+    }
+    help_layout(columns, first, true);
+    if (pages > 1) {
+        char note[80];
+        snprintf(note, sizeof note, "page %d of %d: F1 or H for the %s", help_page, pages,
+                 help_page < pages ? "next" : "line");
+        text_put(note, HELP_TITLE_COLOUR, (float)text_height,
+                 (float)(screen_h - text_height - text_height / 5));
+    }
     font_select("normal");
 }

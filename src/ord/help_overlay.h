@@ -6,6 +6,8 @@
 // is laid out anew each frame for the window: the largest size (from that of
 // the panels down to a small but readable one) at which the table fits, in
 // one column or, in a wide short window, two; the actions wrap at words.
+// Where even the smallest size does not fit, the table goes on pages, and
+// each press of F1 or H shows the next, until the last hides it.
 #pragma once
 
 #include <stdint.h>
@@ -22,7 +24,8 @@ extern const uint32_t help_key_count;
 // Smallest text size tried, in pixels of line height.
 constexpr double HELP_MIN_SIZE = 10.0;
 
-// Toggles the overlay on a new press of F1 or H.
+// On a new press of F1 or H: shows the table, or its next page, or hides it
+// after the last.
 void help_overlay_keys();
 // Whether it is shown.
 bool help_overlay_shown();
