@@ -44,9 +44,9 @@ void depth_readout(Bignum view_lo, Bignum view_hi)
     font_select("legend");
     // the buffer holds the expansion: scripts need three times the text
     script_expand(buffer, -1, 0, 256, size);
-    // at the top, ending a line height left of the legend: the line and its
-    // labels stand far lower there at every zoom
-    float x = (float)(3 * screen_w / 4) - text_width(buffer) - (float)text_height;
+    // at the top, ending four of its lines left of the legend: the line and
+    // its labels stand far lower there at every zoom
+    float x = (float)(3 * screen_w / 4) - text_width(buffer) - 4.0f * (float)text_height;
     text_put(buffer, DEPTH_COLOUR, x > 0.0f ? x : 0.0f, 0.0f);
     font_select("normal");
 }
