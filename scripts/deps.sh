@@ -3,11 +3,11 @@
 # packages are there, so it is safe to run again.
 
 # Packages to build and start the viewer.
-DEPS_BUILD="g++ cmake make pkg-config libsdl2-dev libgl-dev libx11-dev libgtest-dev libgl1-mesa-dri"
-# Packages of ordtool render only: the offscreen software GL and PNG files.
-DEPS_TOOL="libosmesa6-dev libpng-dev"
+DEPS_BUILD="g++ cmake make pkg-config libsdl2-dev libgl-dev libx11-dev libgtest-dev libgl1-mesa-dri libpng-dev"
+# Packages of ordtool render only: the offscreen software GL.
+DEPS_TOOL="libosmesa6-dev"
 # Packages to run the tests: a virtual X server, input and screenshots.
-DEPS_TEST="xvfb xdotool imagemagick x11-utils"
+DEPS_TEST="xvfb xdotool imagemagick x11-utils xclip"
 
 deps_missing() {
     local pkg missing=""

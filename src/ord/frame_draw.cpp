@@ -8,6 +8,7 @@
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
+#include "ord/depth_readout.h"
 #include "ord/panels.h"
 #include "ord/readouts.h"
 #include "support/bitmapfonts/font_registry.h"
@@ -53,6 +54,7 @@ void frame_draw(WalkRecord *record, Bignum view_lo, Bignum view_hi, MemStack *ar
     }
     // the read-out always runs on the heap
     centre_readout((float)(screen_w / 2), *record);
+    depth_readout(view_lo, view_hi);
     legend_draw(buffer, size);
     notation_panel(buffer, size);
 }

@@ -9,8 +9,8 @@
 #include "PlotSegment2/segment.h"
 
 // Draws the centre marker, the ticks, the labels, the arena read-out (when
-// `arena` is given: the key M is held), the centre read-out, the legend and
-// the notation panel into the current GL context. The record comes with its
+// `arena` is given: the key M is held), the centre read-out, the zoom depth,
+// the legend and the notation panel into the current GL context. The record comes with its
 // screen fields set (walk_record_screen) and the fonts of the frame built;
 // its xlo and xhi are set here to the view, which stays the caller's. The
 // passes of the line allocate from `arena` when it is given. `buffer` is the

@@ -61,8 +61,11 @@ int32_t mouse_drag(double *zoom_factor, double zoom_step, double zoom_speed)
 
     // the strip leaves five line heights free at the top and the bottom for
     // the panels; compared as unsigned numbers, so a tiny window has no strip
+    // the wheel zooms on its own (wheel_zoom.h): only buttons drag
     uint32_t h5 = 5 * text_height;
-    bool in_strip = mouse_buttons != 0 && (uint32_t)mouse_y >= h5 &&
+    uint32_t held = mouse_buttons & ~(uint32_t)(WHEEL_UP | WHEEL_DOWN);
+    uint32_t held_before = mouse_buttons_prev & ~(uint32_t)(WHEEL_UP | WHEEL_DOWN);
+    bool in_strip = held != 0 && (uint32_t)mouse_y >= h5 &&
                     (uint32_t)mouse_y < (uint32_t)screen_h - h5;
     if (!in_strip) {
         SDL_SetRelativeMouseMode(SDL_FALSE);
@@ -76,7 +79,7 @@ int32_t mouse_drag(double *zoom_factor, double zoom_step, double zoom_speed)
         SDL_SetRelativeMouseMode(SDL_TRUE);
     // the frame after a press sees the whole distance from the centre: the
     // pressed point jumps to the marker, and a mostly vertical one zooms
-    if (mouse_buttons_prev != 0 && abs(drag_dy) > abs(drag_dx))
+    if (held_before != 0 && abs(drag_dy) > abs(drag_dx))
         *zoom_factor *= exp(-(drag_dy * zoom_speed) / (double)(screen_h / 2));
     return drag_dx;
 }

@@ -1,5 +1,6 @@
 // Mouse drag: a button held in the middle strip of the window captures the
-// pointer; horizontal travel pans and vertical travel zooms.
+// pointer; horizontal travel pans and vertical travel zooms. The wheel does
+// not drag: it zooms about the pointer (wheel_zoom.h).
 #pragma once
 
 #include <stdint.h>

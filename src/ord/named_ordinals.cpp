@@ -2,6 +2,7 @@
 #include "ord/named_ordinals.h"
 
 #include <string.h>
+#include <strings.h>
 
 const NamedOrdinal named_ordinals[NAMED_ORDINALS] = {
     {"psi_{0}(omega^{omega^{Omega.2}})", "Feferman-Schutte ordinal"},
@@ -19,5 +20,13 @@ const char *named_ordinal_find(const char *text)
     for (int32_t i = NAMED_ORDINALS; i-- > 0;)
         if (strcmp(named_ordinals[i].notation, text) == 0)
             return named_ordinals[i].name;
+    return nullptr;
+}
+
+const char *named_ordinal_notation(const char *text)
+{
+    for (const NamedOrdinal &n : named_ordinals)
+        if (strcasecmp(text, n.name) == 0)
+            return n.notation;
     return nullptr;
 }

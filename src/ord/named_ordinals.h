@@ -25,3 +25,7 @@ extern const NamedOrdinal named_ordinals[NAMED_ORDINALS];
 // The name whose notation equals `text` exactly, or null. The table is walked
 // from its last entry to its first; the texts are distinct.
 const char *named_ordinal_find(const char *text);
+// The notation of the ordinal whose name is `text` (case ignored, as in
+// "bachmann-howard ordinal"), or null: names stand for their ordinals
+// wherever the user types one.
+const char *named_ordinal_notation(const char *text);

@@ -7,6 +7,8 @@
 #include "support/gl/screen.h"
 
 int32_t segment_depth_limit = -1;
+// screen_w when view_start ran; 0 before.
+static int32_t start_width = 0;
 
 double navigation_zoom_speed()
 {
@@ -24,9 +26,9 @@ double navigation_key_zoom(double frame_dt, double zoom_speed, double *zoom_step
         step = 0.3;
     *zoom_step = step;
     double zoom_factor = 1.0;
-    if (key_down[KEY_Z] || key_down[KEY_UP])
+    if (key_down[KEY_Z] || key_down[KEY_UP] || key_down[KEY_EQUALS] || key_down[KEY_KP_PLUS])
         zoom_factor = exp(step);
-    if (key_down[KEY_X] || key_down[KEY_DOWN])
+    if (key_down[KEY_X] || key_down[KEY_DOWN] || key_down[KEY_MINUS] || key_down[KEY_KP_MINUS])
         zoom_factor = exp(-step) * zoom_factor;
     return zoom_factor;
 }
@@ -60,6 +62,20 @@ void view_start(Bignum *view_lo, Bignum *view_hi, double *min_line_length)
 {
     *min_line_length = 0.8 * screen_w;
     view_home(view_lo, view_hi, *min_line_length);
+    start_width = screen_w;
+}
+
+int32_t view_first_width()
+{
+    return start_width;
+}
+
+void view_first_ends(Bignum *view_lo, Bignum *view_hi)
+{
+    int32_t now = screen_w;
+    screen_w = start_width;
+    view_home(view_lo, view_hi, 0.8 * start_width);
+    screen_w = now;
 }
 
 // base + (p - anchor) * zoom_factor, a new number; base is the anchor moved by the pan.

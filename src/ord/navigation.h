@@ -15,7 +15,7 @@ extern int32_t segment_depth_limit;
 
 // Exponent rate per second of key zoom: 3.0, 9.0 with Shift, times 0.3 with Ctrl.
 double navigation_zoom_speed();
-// The zoom factor of Z/Up and X/Down this frame (1.0 without them); sets
+// The zoom factor of Z/Up/+ and X/Down/- this frame (1.0 without them); sets
 // *zoom_step to the frame's exponent, clamped to 0.3 however slow the frame.
 double navigation_key_zoom(double frame_dt, double zoom_speed, double *zoom_step);
 // A lowers the depth limit (not below -1), S then raises it, on key edges.
@@ -26,6 +26,11 @@ int32_t navigation_pan_pixels(double frame_dt, int32_t drag_dx);
 // The first view: the line centred over the middle eight tenths of screen_w,
 // and min_line_length set to that length. The caller owns both numbers.
 void view_start(Bignum *view_lo, Bignum *view_hi, double *min_line_length);
+// The first view as view_start made it, at the window width of that time
+// (the frame in which located views are given). The caller owns both numbers.
+void view_first_ends(Bignum *view_lo, Bignum *view_hi);
+// That width: screen_w when view_start ran.
+int32_t view_first_width();
 // Home: the line min_line_length pixels long, centred in the window as it is
 // now (at the start-up width, exactly the first view). It is also the
 // zoom-out limit. The caller owns both numbers.

@@ -342,3 +342,64 @@ first_row_of() {  # first_row_of FILE W H X Y COLOUR
             }
             END { print (min == "" ? -1 : min + y0) }'
 }
+
+# Pixels that differ between the window's regions (W x H) of two pictures of
+# the window (screenshots or renders), as "x y" lines.
+differing() {  # differing PICTURE1 PICTURE2
+    convert \( "$1" -crop "${W}x${H}+0+0" +repage \) \( "$2" -crop "${W}x${H}+0+0" +repage \) \
+        -compose difference -composite -threshold 0 txt:- |
+        awk -F'[,: ]+' 'NR > 1 && $0 !~ /#000000/ { print $1, $2 }'
+}
+# The frame-rate read-out's box in a picture: its blue (0x8080ff, scaled by
+# the text's coverage) in the lower left quarter, padded by two pixels.
+fps_box() {  # fps_box PICTURE
+    convert "$1" -crop "$((W / 4))x$((H / 2))+0+$((H / 2))" +repage -depth 8 txt:- |
+        awk -F'[,:() ]+' -v top=$((H / 2)) 'NR > 1 && $3 == $4 && $5 > $3 + 20 {
+            y = $2 + top; if (!n++ || $1 < x0) x0 = $1; if ($1 > x1) x1 = $1
+            if (n == 1 || y < y0) y0 = y; if (y > y1) y1 = y }
+            END { if (n) print x0 - 2, y0 - 2, x1 + 2, y1 + 2; else print "none" }'
+}
+# How many pixels differ outside the frame-rate read-outs of both pictures.
+differing_outside_fps() {  # differing_outside_fps PICTURE1 PICTURE2
+    differing "$1" "$2" | awk -v a="$(fps_box "$1")" -v b="$(fps_box "$2")" '
+        BEGIN { split(a, r, " "); split(b, s, " ") }
+        !($1 >= r[1] && $1 <= r[3] && $2 >= r[2] && $2 <= r[4]) &&
+        !($1 >= s[1] && $1 <= s[3] && $2 >= s[2] && $2 <= s[4]) { n++ } END { print n + 0 }'
+}
+# Checks that two pictures of the window agree outside the frame-rate
+# read-out, and that the first has the read-out.
+same_frame() {  # same_frame NAME PICTURE1 PICTURE2
+    local box outside
+    box=$(fps_box "$2")
+    outside=$(differing_outside_fps "$2" "$3")
+    check "$1: the read-out stands in the window ($box)" [ "$box" != "none" ]
+    check "$1: no pixel differs outside the read-out ($outside do)" [ "$outside" = "0" ]
+}
+# Waits up to SECONDS for the window to show PICTURE (outside the frame-rate
+# read-out); SHOT is set to the last screenshot taken, named NAME.
+wait_frame() {  # wait_frame SECONDS NAME PICTURE
+    local limit=$1 start=$SECONDS
+    while :; do
+        SHOT=$(shot "$2")
+        [ "$(differing_outside_fps "$SHOT" "$3")" = "0" ] && return 0
+        [ $((SECONDS - start)) -ge "$limit" ] && return 1
+        sleep 0.5
+    done
+}
+
+# The go-to field as a person uses it: G, the text typed (or pasted from the
+# clipboard with Ctrl+V when PASTE is given), Enter.
+app_goto() {  # app_goto TEXT [PASTE]
+    app_key g
+    if [ -n "${2:-}" ]; then
+        # xclip serves the clipboard in the foreground until the paste, at most 20 s
+        printf '%s' "$1" >"$E2E_DIR/clipboard.txt"
+        timeout 20 xclip -quiet -selection clipboard -i "$E2E_DIR/clipboard.txt" >/dev/null 2>&1 &
+        sleep 0.3
+        xdotool key ctrl+v
+    else
+        xdotool type --delay 20 "$1"
+    fi
+    sleep 0.2
+    xdotool key Return
+}

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The mouse: a press on a stroke brings it to the marker, a vertical drag
-# zooms; then a long flight with Shift+Z into a point between ticks.
+# The mouse: the wheel zooms about the pointer, a press on a stroke brings it
+# to the marker, a vertical drag zooms; then a long flight with Shift+Z into
+# a point between ticks.
 . "$(dirname "$0")/lib.sh"
 
 W=864 H=648
@@ -18,6 +19,26 @@ quit_app() {
 app_start || exit 1
 first=$(shot first)
 if reddish "$first"; then fail "the marker column already shows a successor's red"; fi
+
+# the wheel over the tick of omega zooms about it: the tick keeps its column
+# while the line grows past the left edge, and as many pulses back give the
+# first view again
+omega=$("$ORDTOOL" line --width $W --minsize 300 | awk -F'\t' '$3 == "omega" { printf "%d", $1 }')
+white_stroke() {  # white_stroke FILE: omega's white stroke on its column, give or take one
+    colours "$1" 3 30 $((omega - 1)) $(( $(line_y "$omega") - 32 )) |
+        awk '{ split($2, c, ","); if (c[1] > 200 && c[2] > 200 && c[3] > 200) found = 1 } END { exit !found }'
+}
+check "the tick of omega stands at column $omega" white_stroke "$first"
+xdotool mousemove --window "$WID" "$omega" $(( $(line_y "$omega") - 10 ))
+xdotool click --repeat 3 --delay 150 4
+sleep 0.5
+wheeled=$(shot wheel-in)
+check "after three pulses up the tick of omega keeps its column" white_stroke "$wheeled"
+check "and the line grows: 0 leaves at the left (ends $(ends_of "$wheeled"), first view 86 778)" \
+    [ "$(ends_of "$wheeled" | cut -d' ' -f1)" -lt 40 ]
+xdotool click --repeat 3 --delay 150 5
+sleep 0.5
+same_frame "three pulses down: the first view again" "$(shot wheel-out)" "$first"
 
 # press on the stroke of 1 (column 148) and hold: it jumps to the marker
 app_click 148 300 0.4

@@ -5,10 +5,14 @@
 #include <math.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "PlotSegment2/locate.h"
 #include "ord/navigation.h"
+#include "ord/view_flight.h"
+#include "ord/wheel_zoom.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
 
@@ -213,3 +217,116 @@ TEST(Navigation, DeepZoomGrowsTheNumbersAndKeepsTheAnchor)
 }
 
 }  // namespace
+
+// The wheel zooms about the pointer's column: the point under it stays put
+// exactly, up and down are inverses, Shift steps by 4, a panel text or a held
+// button takes the pulse, and zooming out never passes the first view.
+TEST(Navigation, WheelZoomAboutThePointer)
+{
+    screen_w = 1280;
+    struct Case {
+        int32_t x, pulses;
+        bool shift;
+        uint32_t buttons;
+        const char *after;  // the view from the first one
+    };
+    const Case cases[] = {
+        {433, 1, false, 0, "51.7500 1331.7500"},       // 1.25 about x 433: 433 stays
+        {433, -1, false, 0, "128.0000 1152.0000"},    // at the limit: home
+        {200, 2, false, 0, "87.5000 1687.5000"},       // 1.5625 about 200
+        {200, 1, true, 0, "-88.0000 4008.0000"},      // Shift: 4
+        {200, 30, false, 0, "-74.6581 3831.5919"},     // at most six pulses a frame
+        {200, 1, false, BUTTON_LEFT, "128.0000 1152.0000"},  // a drag has the wheel
+    };
+    for (const Case &c : cases) {
+        Bignum lo, hi;
+        double min_line_length;
+        view_start(&lo, &hi, &min_line_length);
+        press_only(c.shift ? std::initializer_list<int32_t>{KEY_LSHIFT} : std::initializer_list<int32_t>{});
+        mouse_x = c.x;
+        mouse_y = 300;
+        mouse_buttons = c.buttons;
+        wheel_pulses = c.pulses;
+        wheel_zoom(&lo, &hi, min_line_length);
+        EXPECT_EQ(ends(lo, hi), c.after) << "x " << c.x << ", " << c.pulses << " pulses";
+        // a pulse down for each pulse up (within the six) gives the view back
+        if (c.pulses > 0 && c.pulses <= WHEEL_MAX_PULSES && c.buttons == 0) {
+            wheel_pulses = -c.pulses;
+            wheel_zoom(&lo, &hi, min_line_length);
+            EXPECT_EQ(ends(lo, hi), "128.0000 1152.0000") << "back from x " << c.x;
+        }
+        Bignum_free(lo);
+        Bignum_free(hi);
+    }
+    wheel_pulses = 0;
+    mouse_buttons = 0;
+    input_reset_keys();
+    input_pump_end();
+    screen_w = 0;
+}
+
+// The go-to flight: it ends on the located view exactly, within the longest
+// time, its depth moving at one rate; a target far off the window is first
+// reached by zooming out.
+TEST(Navigation, FlightEndsOnTheTargetAtASteadyRate)
+{
+    screen_w = 864;
+    struct Case {
+        const char *centre;
+        int64_t K;
+        bool zoomed_first;    // start from a view zoomed 10^3 near the left end
+        double seconds_most;  // the flight's length at most
+    };
+    const Case cases[] = {
+        {"437.264897193", 3, false, 1.0},     // epsilon_0 from the first view: 3 decades
+        {"440.4730197654926779584153176035975772060047646073316774973441492363470037269405547245702424",
+         82, false, FLIGHT_MAX_SECONDS},       // 82 decades: faster, 3 s
+        {"700", 2, true, FLIGHT_MAX_SECONDS},  // far off: out, then in
+    };
+    for (const Case &c : cases) {
+        Bignum lo, hi;
+        double min_line_length;
+        view_start(&lo, &hi, &min_line_length);
+        if (c.zoomed_first)
+            for (int i = 0; i < 3; i++)
+                view_update(&lo, &hi, 10.0, 300);
+        Bignum first_lo, first_hi;
+        view_first_ends(&first_lo, &first_hi);
+        Decimal line_lo = decimal_from_bignum(first_lo), line_hi = decimal_from_bignum(first_hi);
+        Decimal centre;
+        ASSERT_TRUE(decimal_parse(c.centre, &centre));
+        flight_start(lo, hi, line_lo, line_hi, centre, c.K, 432, 864);
+        double total = flight_seconds();
+        EXPECT_LE(total, c.seconds_most + 1e-9) << c.centre;
+        EXPECT_GE(total, FLIGHT_MIN_SECONDS);
+        // frames of 1/30 s: the depth changes by the same amount each frame of a leg
+        std::vector<double> depths;
+        int frames = 0;
+        while (flight_active() && frames < 1000) {
+            flight_step(1.0 / 30, &lo, &hi);
+            Bignum span = Bignum_lincomb(hi, lo, 1.0, -1.0);
+            depths.push_back(Bignum_log(span) / log(10.0));
+            Bignum_free(span);
+            frames++;
+        }
+        EXPECT_FALSE(flight_active());
+        EXPECT_NEAR(frames, total * 30, 1.0) << c.centre;
+        if (!c.zoomed_first && depths.size() > 3) {
+            EXPECT_NEAR(depths[2] - depths[1], depths[1] - depths[0], 1e-6) << c.centre;
+        }
+        if (c.zoomed_first) {
+            EXPECT_LT(*std::min_element(depths.begin(), depths.end()), depths.front() - 0.5)
+                << "zooms out first";
+        }
+        // the last frame is the located view itself
+        Decimal zoom = decimal_exp10((double)c.K);
+        Bignum want_lo, want_hi;
+        locate_view_ends(line_lo, line_hi, centre, zoom, 432, &want_lo, &want_hi);
+        EXPECT_EQ(ends(lo, hi), ends(want_lo, want_hi)) << c.centre;
+        for (Bignum b : {lo, hi, first_lo, first_hi, want_lo, want_hi})
+            Bignum_free(b);
+        for (Decimal d : {line_lo, line_hi, centre, zoom})
+            decimal_free(d);
+    }
+    screen_w = 0;
+}

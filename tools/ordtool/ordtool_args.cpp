@@ -94,10 +94,8 @@ void ordtool_memory_mode(bool arena)
 
 const char *ordtool_named(const char *text)
 {
-    for (const NamedOrdinal &n : named_ordinals)
-        if (strcasecmp(text, n.name) == 0)
-            return n.notation;
-    return text;
+    const char *notation = named_ordinal_notation(text);
+    return notation ? notation : text;
 }
 
 bool ordtool_read_ord(const char *text, Ord *out)

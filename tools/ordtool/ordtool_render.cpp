@@ -14,7 +14,6 @@
 
 #if ORDTOOL_RENDER
 #include <GL/osmesa.h>
-#include <png.h>
 
 #include "ord/font_variants.h"
 #include "ord/frame_draw.h"
@@ -23,6 +22,7 @@
 #include "support/gl/gl_state.h"
 #include "support/gl/screen.h"
 #include "support/gl/texture.h"
+#include "support/image/png_write.h"
 
 static const char render_usage[] =
     "ordtool render --width W --height H [--centre P --zoom Z | --zoom-at X --factor F --steps K] "
@@ -60,38 +60,6 @@ static bool render_rows(const char *list)
             return true;
         p = end + 1;
     }
-}
-
-// The RGBA image, top row first, as an 8-bit RGB PNG.
-static bool write_png(const char *path, const uint8_t *rgba, int32_t w, int32_t h)
-{
-    FILE *f = fopen(path, "wb");
-    if (!f)
-        return false;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    uint8_t *row = (uint8_t *)malloc((size_t)w * 3);
-    // libpng reports its failures by a long jump back here
-    if (setjmp(png_jmpbuf(png))) {
-        free(row);
-        png_destroy_write_struct(&png, &info);
-        fclose(f);
-        return false;
-    }
-    png_init_io(png, f);
-    png_set_IHDR(png, info, (png_uint_32)w, (png_uint_32)h, 8, PNG_COLOR_TYPE_RGB,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_write_info(png, info);
-    for (int32_t y = 0; y < h; y++) {
-        const uint8_t *src = rgba + (size_t)y * w * 4;
-        for (int32_t x = 0; x < w; x++)
-            memcpy(row + x * 3, src + x * 4, 3);
-        png_write_row(png, row);
-    }
-    png_write_end(png, info);
-    free(row);
-    png_destroy_write_struct(&png, &info);
-    return fclose(f) == 0;
 }
 
 int ordtool_render(int argc, char **argv)
@@ -146,7 +114,7 @@ int ordtool_render(int argc, char **argv)
     frame_draw(&record, view_lo, view_hi, nullptr, text_buffer, sizeof text_buffer);
     glFinish();
 
-    bool written = write_png(output, pixels, w, h);
+    bool written = png_write(output, pixels, w, h, true);
     Bignum_free(view_lo);
     Bignum_free(view_hi);
     notation_rows_free();

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "PlotSegment2/locate.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/navigation.h"
 #include "support/gl/screen.h"
@@ -160,21 +161,6 @@ void view_first(double width, Decimal *lo, Decimal *hi)
     Bignum_free(bhi);
 }
 
-// p of the first view to the window: C + (p - P) * Z, C the centre column.
-static Bignum view_place(Decimal p, const ViewSetup *setup)
-{
-    Decimal d = decimal_sub(p, setup->centre);
-    Decimal m = decimal_mul(d, setup->zoom);
-    Decimal c = decimal_from_int((int32_t)setup->width / 2);
-    Decimal x = decimal_add(m, c);
-    Bignum b = decimal_to_bignum(x);
-    decimal_free(x);
-    decimal_free(c);
-    decimal_free(m);
-    decimal_free(d);
-    return b;
-}
-
 WalkRecord view_setup_record(const ViewSetup *setup)
 {
     screen_w = (int32_t)setup->width;
@@ -187,8 +173,7 @@ WalkRecord view_setup_record(const ViewSetup *setup)
         view_first(setup->width, &dlo, &dhi);
         Bignum_free(lo);
         Bignum_free(hi);
-        lo = view_place(dlo, setup);
-        hi = view_place(dhi, setup);
+        locate_view_ends(dlo, dhi, setup->centre, setup->zoom, (int32_t)setup->width / 2, &lo, &hi);
         decimal_free(dlo);
         decimal_free(dhi);
     } else if (setup->zoomed) {

@@ -6,8 +6,9 @@
 
 #include <stdint.h>
 
+#include "PlotSegment2/locate.h"
 #include "PlotSegment2/segment.h"
-#include "tools/ordtool/ordtool_decimal.h"
+#include "support/bignum/decimal.h"
 
 // Most --steps. The steps themselves cost little; what costs is the walk of a
 // deep view, with today's layout about a second at a zoom of 10^200 and twenty
@@ -16,7 +17,7 @@ constexpr int64_t VIEW_MAX_STEPS = 2000;
 // Most digits of --centre and of a decimal --zoom, and the largest K of
 // --zoom 10^K.
 constexpr int64_t VIEW_MAX_DIGITS = 250000;
-constexpr int64_t VIEW_MAX_ZOOM_EXPONENT = 200000;
+constexpr int64_t VIEW_MAX_ZOOM_EXPONENT = LOCATE_MAX_ZOOM_EXPONENT;
 // Largest --width and --height.
 constexpr double VIEW_MAX_SIZE = 100000;
 

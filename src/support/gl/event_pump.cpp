@@ -23,7 +23,10 @@ int32_t LOOP()
             break;
         case SDL_KEYDOWN:
         case SDL_KEYUP:
-            input_key(event.key.keysym.sym, event.type == SDL_KEYDOWN);
+            input_key(event.key.keysym.sym, event.type == SDL_KEYDOWN, event.key.repeat != 0);
+            break;
+        case SDL_TEXTINPUT:
+            input_text(event.text.text);
             break;
         case SDL_MOUSEMOTION:
             input_motion(relative, event.motion.x, event.motion.y, event.motion.xrel,

@@ -34,3 +34,22 @@ void overlay_pop()
     glEnable(GL_DEPTH_TEST);
     glDepthMask(GL_TRUE);
 }
+
+void overlay_fill(float x0, float y0, float x1, float y1, uint32_t colour, float alpha)
+{
+    glPushAttrib(GL_ENABLE_BIT | GL_COLOR_BUFFER_BIT | GL_CURRENT_BIT);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glColor4ub((GLubyte)(colour >> 16), (GLubyte)(colour >> 8), (GLubyte)colour,
+               (GLubyte)(alpha * 255.0f + 0.5f));
+    glBegin(GL_QUADS);
+    glVertex2f(x0, y0);
+    glVertex2f(x1, y0);
+    glVertex2f(x1, y1);
+    glVertex2f(x0, y1);
+    glEnd();
+    glPopAttrib();
+}

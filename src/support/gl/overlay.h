@@ -14,3 +14,8 @@ void overlay_push();
 // Pops both matrices; leaves GL_MODELVIEW current, depth testing on and the
 // depth mask 1, whatever they were before.
 void overlay_pop();
+
+// Fills the rectangle from (x0, y0) to (x1, y1), window pixels, with the
+// colour 0xRRGGBB at opacity alpha (0 to 1) over what is drawn: the dark
+// ground of the help and the go-to field. Leaves the GL state as it was.
+void overlay_fill(float x0, float y0, float x1, float y1, uint32_t colour, float alpha);

@@ -1,5 +1,6 @@
-// Exact decimal numbers for ordtool's views: positions of the first view with
-// as many digits as a deep zoom needs, before they become Bignums.
+// Exact decimal numbers: positions of the line with as many digits as a deep
+// zoom needs, before they become Bignums (ordtool's views, locating an
+// ordinal, the go-to flight).
 //
 // A Decimal is (-1)^neg * digits * 10^-scale, digits little-endian base 10 in
 // a heap array that the value owns (decimal_free). Results are new values;
@@ -28,6 +29,13 @@ Decimal decimal_sub(Decimal a, Decimal b);
 Decimal decimal_mul(Decimal a, Decimal b);
 // a * 10^k.
 Decimal decimal_shift(Decimal a, int64_t k);
+// a / b to `scale` digits after the point, rounded toward zero; b not 0 and
+// of at most 17 digits (a length or a ratio, not a position).
+Decimal decimal_div_small(Decimal a, Decimal b, int64_t scale);
+// x (|x| below 10^15) to 17 decimals, as printf writes it.
+Decimal decimal_from_double(double x);
+// 10^e to 17 significant digits, for any e a double holds.
+Decimal decimal_exp10(double e);
 // a rounded down to `scale` digits after the point.
 Decimal decimal_floor(Decimal a, int64_t scale);
 // -1, 0 or 1.

@@ -1,6 +1,8 @@
 // Exact decimal numbers: digit arrays with a sign and a scale.
-#include "tools/ordtool/ordtool_decimal.h"
+#include "support/bignum/decimal.h"
 
+#include <math.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -152,6 +154,46 @@ Decimal decimal_shift(Decimal a, int64_t k)
     Decimal r = decimal_alloc(a.neg, a.scale - k, a.count);
     if (a.count)
         memcpy(r.digits, a.digits, a.count);
+    return r;
+}
+
+Decimal decimal_div_small(Decimal a, Decimal b, int64_t scale)
+{
+    // b as an integer B of its last digits: a / b = (a * 10^b.scale) / B
+    int64_t B = 0;
+    for (uint32_t i = b.count; i-- > 0;)
+        B = B * 10 + b.digits[i];
+    int64_t shift = b.scale;
+    int64_t top = (int64_t)a.count - a.scale + shift;  // digits before the point of a * 10^shift
+    int64_t first = top > 1 ? top : 1;
+    Decimal q = decimal_alloc(a.neg != b.neg, scale, (uint32_t)(first + scale));
+    /* schoolbook: one quotient digit per digit of the dividend, remainder below B */
+    int64_t rem = 0;
+    for (int64_t p = first - 1; p >= -scale; p--) {
+        rem = rem * 10 + digit_at(a, p - shift);
+        q.digits[p + scale] = (uint8_t)(rem / B);
+        rem %= B;
+    }
+    return decimal_trim(q);
+}
+
+Decimal decimal_from_double(double x)
+{
+    char text[64];
+    snprintf(text, sizeof text, "%.17f", x);
+    Decimal d;
+    if (!decimal_parse(text, &d))
+        d = decimal_from_int(0);
+    return d;
+}
+
+Decimal decimal_exp10(double e)
+{
+    // 10^floor(e) times a mantissa from 1 up to 10
+    double whole = floor(e);
+    Decimal m = decimal_from_double(pow(10.0, e - whole));
+    Decimal r = decimal_shift(m, (int64_t)whole);
+    decimal_free(m);
     return r;
 }
 
