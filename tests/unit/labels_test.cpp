@@ -19,6 +19,8 @@
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
+#include "support/bitmapfonts/markup_fit.h"
+#include "support/bitmapfonts/text_measure.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
 #include "ord_fixtures_test.h"
@@ -70,19 +72,24 @@ uint32_t height_of(const char *name)
 TEST(FontVariants, ScalesFollowTheHeightAboveTheirThresholds)
 {
     struct Row {
-        int32_t height;
-        double normal, bigger, legend;
+        int32_t width, height;
+        double normal, bigger, legend, panel;
     };
+    // the fixed texts and the read-out shrink below 640 pixels of width, labels do not
     const Row rows[] = {
-        {200, 25, 50, 15},       {599, 25, 50, 15},   {600, 25, 50, 15},
-        {648, 25, 54, 15},       {749, 25, 62.4166, 15}, {750, 25, 62.5, 15},
-        {900, 30, 75, 18},       {1080, 36, 90, 21.6},
+        {864, 200, 25, 50, 15, 25},        {864, 599, 25, 50, 15, 25},
+        {864, 600, 25, 50, 15, 25},        {864, 648, 25, 54, 15, 25},
+        {864, 749, 25, 62.4166, 15, 25},   {1000, 750, 25, 62.5, 15, 25},
+        {1200, 900, 30, 75, 18, 30},       {1440, 1080, 36, 90, 21.6, 36},
+        {640, 480, 25, 50, 15, 25},        {400, 300, 25, 31.25, 15, 15.625},
+        {320, 1080, 36, 45, 21.6, 18},
     };
     for (const Row &row : rows) {
-        SCOPED_TRACE(row.height);
-        EXPECT_NEAR(font_variant_scale(FONT_NORMAL, row.height), row.normal, 1e-3);
-        EXPECT_NEAR(font_variant_scale(FONT_BIGGER, row.height), row.bigger, 1e-3);
-        EXPECT_NEAR(font_variant_scale(FONT_LEGEND, row.height), row.legend, 1e-3);
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height);
+        EXPECT_NEAR(font_variant_scale(FONT_NORMAL, row.width, row.height), row.normal, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_BIGGER, row.width, row.height), row.bigger, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_LEGEND, row.width, row.height), row.legend, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_PANEL, row.width, row.height), row.panel, 1e-3);
     }
 }
 
@@ -104,8 +111,8 @@ TEST_F(TextStages, FontsAreRemadeEachFrameWithoutPilingUp)
     uint32_t named = 0;
     for (uint32_t i = 0; i < font_list.count; i++)
         named += strcmp(fonts[i]->name, "normal") == 0 || strcmp(fonts[i]->name, "bigger") == 0 ||
-                 strcmp(fonts[i]->name, "legend") == 0;
-    EXPECT_EQ(named, 3u);
+                 strcmp(fonts[i]->name, "legend") == 0 || strcmp(fonts[i]->name, "panel") == 0;
+    EXPECT_EQ(named, 4u);
 
     set_window(1440, 1080);
     EXPECT_EQ(text_height, 36u);
@@ -113,6 +120,7 @@ TEST_F(TextStages, FontsAreRemadeEachFrameWithoutPilingUp)
     set_window(400, 300);
     EXPECT_EQ(text_height, 25u);
     EXPECT_EQ(height_of("legend"), 15u);
+    EXPECT_EQ(height_of("panel"), 15u);
 }
 
 TEST(PanelClick, NewEdgeInsideTheHalfOpenBox)
@@ -156,7 +164,7 @@ TEST(PanelClick, NewEdgeInsideTheHalfOpenBox)
     mouse_buttons = 0;
 }
 
-TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
+TEST_F(TextStages, LabelTextIsExpandedAndElidedAtAWholeTerm)
 {
     NotationRow row = new_row_template;
     char *text = label_text(pool.read("psi_{0}(omega)"), row);
@@ -164,22 +172,24 @@ TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
     const std::string expanded(text, text_end(text) - text);
     EXPECT_EQ(expanded.substr(0, 3), std::string("\x02\x01\x17", 3));
     EXPECT_NE(expanded.find('\x05'), std::string::npos);
-    EXPECT_EQ(expanded.find('^'), std::string::npos);
+    EXPECT_FALSE(text_has_markup(text));
     free(text);
 
-    // with "alpha.n" off a coefficient repeats its term: 1,500 times "omega+" is past the guard
+    // with "alpha.n" off a coefficient repeats its term: 1,667 times "omega+" is past the
+    // guard, and is cut after its last whole term there instead of shown raw
     row.toggle[TOGGLE_DOT] = 0;
-    Ord x = pool.read("omega.1667");
-    char *raw = Ord_tostring(x, &row);
-    ASSERT_GT(strlen(raw), LABEL_TEXT_MAX);
-    char *shown = label_text(x, row);
-    EXPECT_STREQ(shown, raw);
-    free(shown);
-    free(raw);
-    Ord y = pool.read("omega.1666");
-    char *kept = label_text(y, row);
-    EXPECT_EQ(strstr(kept, "omega"), nullptr);  // just under the guard: Greek letters
-    free(kept);
+    char *cut = label_text(pool.read("omega.1667"), row);
+    const std::string shown(cut, text_end(cut) - cut);
+    EXPECT_FALSE(text_has_markup(cut));
+    EXPECT_EQ(shown.substr(shown.size() - 7), std::string("\x02\x01\x17+...", 7));
+    EXPECT_LE(shown.size(), (size_t)LABEL_TEXT_MAX);
+    free(cut);
+    // and a label line is cut to its room in pixels
+    char *narrow = label_text(pool.read("omega.1667"), row, 100.0f);
+    EXPECT_LE(text_width(narrow), 100.0f);
+    EXPECT_EQ(std::string(narrow, text_end(narrow) - narrow).substr(text_end(narrow) - narrow - 4),
+              "+...");
+    free(narrow);
 }
 
 // The lines of every label of a label pass over a view.
@@ -256,7 +266,7 @@ TEST_F(TextStages, LabelsStandAboveTheirTicksOneLinePerRow)
     Bignum_free(r.xhi);
 }
 
-TEST_F(TextStages, LabelsReachTenLinesBeyondTheView)
+TEST_F(TextStages, OnlyTicksInTheWindowHaveLabels)
 {
     WalkRecord r = first_view(864);
     Bignum_free(r.xlo);
@@ -268,7 +278,7 @@ TEST_F(TextStages, LabelsReachTenLinesBeyondTheView)
         double x;
         bool drawn;
     };
-    const Row rows[] = {{-250.0, true}, {-250.01, false}, {1113.99, true}, {1114.0, false}};
+    const Row rows[] = {{-0.01, false}, {0.0, true}, {863.99, true}, {864.0, false}};
     for (const Row &row : rows) {
         SCOPED_TRACE(row.x);
         r.xlo = Bignum_fromdouble(row.x);
@@ -304,23 +314,24 @@ TEST_F(TextStages, CentreReadoutPicksTheLeafAtTheMarker)
         Bignum_free(r.xhi);
         r.xlo = Bignum_fromdouble(row.lo);
         r.xhi = Bignum_fromdouble(row.hi);
-        float x = -1, y = -1;
-        char *text = centre_text(640.0f, r, &x, &y);
-        // "normal" is 32 pixels high here, "bigger" 80
+        CentreText text;
+        bool shown = centre_text(640.0f, r, 960.0f, &text);
+        // "normal" is selected after; "bigger" is 80 pixels high here
+        EXPECT_EQ(text_height, 32u);
         if (!row.want) {
-            EXPECT_EQ(text, nullptr);
-            EXPECT_EQ(text_height, 32u);
+            EXPECT_FALSE(shown);
         } else {
-            ASSERT_NE(text, nullptr);
-            EXPECT_EQ(text_height, 80u);
+            ASSERT_EQ(text.count, 1u);
+            font_select("bigger");
             char *want = label_text(pool.read(row.want), new_row_template);
-            EXPECT_STREQ(text, want);
+            font_select("normal");
+            EXPECT_STREQ(text.lines[0], want);
             free(want);
-            EXPECT_FLOAT_EQ(x, 162.0f);
-            EXPECT_FLOAT_EQ(y, 748.8f);
+            EXPECT_FLOAT_EQ(text.x, 162.0f);
+            EXPECT_FLOAT_EQ(text.y[0], 748.8f);
         }
         EXPECT_EQ(centre_ord.count, 0u);
-        free(text);
+        centre_text_free(&text);
         Bignum_free(r.xlo);
         Bignum_free(r.xhi);
     }

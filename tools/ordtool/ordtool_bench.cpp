@@ -85,13 +85,10 @@ static void bench_label(WalkRecord r)
 
 static void bench_readout(WalkRecord record)
 {
-    float x, y;
-    char *text = centre_text((float)(screen_w / 2), record, &x, &y);
-    if (text) {
+    CentreText text;
+    if (centre_text((float)(screen_w / 2), record, (float)screen_h, &text))
         bench_ticks++;
-        font_select("normal");
-        free(text);
-    }
+    centre_text_free(&text);
 }
 
 // One pass as the frame runs it, in the arena if one is given.
