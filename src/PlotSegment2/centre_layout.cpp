@@ -50,7 +50,8 @@ static float centre_right_free(float y0, float y1)
     return right;
 }
 
-// The same, also held under the line's band for a box whose top is y0.
+// The same, also held under the line's band: the box's top right corner
+// stays below the band's lower edge, which falls to the right.
 static float centre_right(const CentreBand *b, float y0, float y1)
 {
     float right = centre_right_free(y0, y1);
@@ -77,13 +78,9 @@ static bool centre_one_line(const CentreBand *b, float cx, float y, const TextEx
     if (y + e.top < 0.0f || y + e.bottom > b->floor)
         return false;
     float x = centre_text_x(cx, e.width);
-    // the quads' top right corners clear of the band's lower edge
-    float under = (y + e.high - b->bottom0 - CENTRE_BAND_GAP) / b->slope;
-    if (under < x)
-        x = under;
-    float beside = centre_right_free(y + e.top, y + e.bottom) - e.width;
-    if (beside < x)
-        x = beside;
+    float right = centre_right(b, y + e.top, y + e.bottom) - e.width;
+    if (right < x)
+        x = right;
     *x_out = x;
     return x >= 0.0f;
 }
@@ -98,7 +95,7 @@ static void centre_lines(const CentreBand *b, float cx, char *source, size_t cap
     char *whole = centre_copy(source, capacity);
     char *text = label_expand(whole, capacity);
     free(whole);
-    TextExtent e = text_extent(text, b->slope);
+    TextExtent e = text_extent(text, 0.0f);
 
     // whole, at the old place, or lower where the line leaves more room
     float lowest = b->floor - e.bottom;

@@ -13,7 +13,7 @@
 Ord centre_ord = {};
 float centre_dist = CENTRE_NONE;
 bool centre_too_deep = false;
-const char *const CENTRE_TOO_DEEP_TEXT = "too deep to draw in one frame here";
+const char *const CENTRE_TOO_DEEP_TEXT = "too deep to draw in one frame";
 
 // Positions further than about 10^16 pixels out read as "none" without being
 // converted.

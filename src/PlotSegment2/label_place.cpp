@@ -12,7 +12,7 @@
 #include "support/gl/screen.h"
 
 // Pixels kept free between a label and the top of the line's band.
-constexpr float LABEL_BAND_GAP = 1.0f;
+constexpr float LABEL_BAND_GAP = 4.0f;
 // Most lines a label can have: the rows the panel can hold (a window 3,000
 // pixels high at the smallest font) and the name.
 constexpr uint32_t LABEL_MAX_LINES = 64;

@@ -2,9 +2,11 @@
 // hit test, label texts and places, and the centre read-out.
 #include <gtest/gtest.h>
 
+#include <math.h>
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,10 +18,12 @@
 #include "ord/font_variants.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
+#include "ord/panel_layout.h"
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
 #include "support/bitmapfonts/markup_fit.h"
+#include "support/bitmapfonts/text_boxes.h"
 #include "support/bitmapfonts/text_measure.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
@@ -349,6 +353,261 @@ TEST(CentreReadout, PlacedAtAnEighthThenPulledInsideTheWindow)
     };
     for (const Row &row : rows)
         EXPECT_FLOAT_EQ(centre_text_x(row.cx, row.w), row.x) << row.w;
+}
+
+}  // namespace
+
+namespace {
+
+// A source after the Greek pass, in a buffer with the capacity rule's room.
+std::vector<char> greek_source(const char *text)
+{
+    std::vector<char> buf(MARKUP_CAPACITY(strlen(text)), 0);
+    memcpy(buf.data(), text, strlen(text) + 1);
+    greek_expand(buf.data());
+    return buf;
+}
+
+std::string source_bytes(const std::vector<char> &buf)
+{
+    return std::string(buf.data(), text_end(buf.data()) - buf.data());
+}
+
+TEST_F(TextStages, ElisionKeepsTheLongestRunOfWholeTermsThatFits)
+{
+    struct Row {
+        const char *source;
+        const char *want;  // also the room: exactly its width
+        bool cut_short;    // the source was already cut at an arbitrary byte
+    };
+    const Row rows[] = {
+        {"omega+1", "omega+1", false},
+        {"omega^{omega}+omega^{2}+1", "omega^{omega}+...", false},
+        // inside a script the ellipsis is raised with it, and the group closed
+        {"omega^{omega+omega+omega^{2}}", "omega^{omega+omega+...}", false},
+        {"psi_{0}(Omega_{2}+Omega)", "psi_{0}(Omega_{2}+...", false},
+        {"psi_{0}(Omega_{2}+Omega)", "psi_{0}(...", false},
+        {"varphi_{omega}(1)", "varphi_{...}", false},
+        {"omega^{omega}", "...", false},  // nothing fits but the ellipsis
+        {"too deep to draw", "too deep...", false},
+        {"omega+omega+eps", "omega+omega+...", true},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.source);
+        std::vector<char> source = greek_source(row.source), want = greek_source(row.want);
+        // the width of a source is that of its expansion
+        std::vector<char> expanded = source;
+        script_expand(expanded.data(), -1, 0, 256, expanded.size());
+        EXPECT_FLOAT_EQ(markup_width(source.data()), text_width(expanded.data()));
+        float room = markup_width(want.data());
+        bool cut = markup_elide(source.data(), source.size(), room, row.cut_short);
+        EXPECT_EQ(cut, strcmp(row.source, row.want) != 0);
+        EXPECT_EQ(source_bytes(source), source_bytes(want));
+    }
+}
+
+TEST_F(TextStages, LinesBreakAfterATermAndKeepTheirScriptLevel)
+{
+    struct Row {
+        const char *source, *head, *tail;  // the head's width is the room
+    };
+    const Row rows[] = {
+        {"omega^{omega+1}+omega+3", "omega^{omega+1}+", "omega+3"},
+        {"omega^{omega+omega_{1}+1}", "omega^{omega+}", "^{omega_{1}+1}"},
+        {"psi_{0}(Omega_{omega^{2}+1})", "psi_{0}(Omega_{omega^{2}+}", "_{1})"},
+        {"omega^{omega}", "", ""},  // no term ends in the room: no break
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.source);
+        std::vector<char> source = greek_source(row.source), head = greek_source(row.head);
+        size_t at = markup_break(source.data(), markup_width(head.data()));
+        if (!*row.head) {
+            EXPECT_EQ(at, 0u);
+            continue;
+        }
+        char *tail = markup_tail(source.data(), at);
+        EXPECT_EQ(std::string(tail, text_end(tail) - tail), source_bytes(greek_source(row.tail)));
+        free(tail);
+        // the head with its open groups closed
+        markup_head(source.data(), source.size(), at);
+        std::string closed = source_bytes(head);
+        for (size_t open = std::count(closed.begin(), closed.end(), '{') -
+                           std::count(closed.begin(), closed.end(), '}');
+             open > 0; open--)
+            closed += "}";
+        EXPECT_EQ(source_bytes(source), closed);
+    }
+}
+
+TEST_F(TextStages, ReadoutTowersStopAtTheScriptFloor)
+{
+    // the read-out's font, 54 pixels: scripts shrink for eight levels, then repeat
+    font_select("bigger");
+    int32_t floor = markup_floor_depth();
+    EXPECT_EQ(floor, 8);
+    std::string tower = "3";
+    for (int i = 0; i < 12; i++)
+        tower = "omega^{" + tower + "}";
+    std::vector<char> source = greek_source((tower + "+1").c_str());
+    EXPECT_TRUE(markup_elide_depth(source.data(), source.size(), floor));
+    script_expand(source.data(), -1, 0, 256, source.size());
+    // no glyph under 9 pixels, "..." on top, and the "+1" after the tower kept
+    int32_t levels = 0;
+    for (size_t i = 0; source[i];) {
+        TextItem item = text_item(source.data() + i, SIZE_MAX);
+        if (item.kind == TEXT_ITEM_CONTROL && item.control == 2) {
+            EXPECT_GE((item.arg & 0xFFFF) * 54.0 / 256, 9.0);
+        }
+        levels += item.kind == TEXT_ITEM_GLYPH && item.code == 279;
+        i += item.length;
+    }
+    EXPECT_EQ(levels, floor + 1);
+    const std::string text = source_bytes(source);
+    EXPECT_NE(text.find("..."), std::string::npos);
+    EXPECT_EQ(text.substr(text.size() - 2), "+1");
+    font_select("normal");
+}
+
+// The label pass of a view as a frame runs it: the fixed texts' places
+// first, then the labels collected and placed around them.
+void place_labels(WalkRecord r)
+{
+    text_boxes_clear();
+    panels_reserve(false, buffer, sizeof buffer);
+    labels_begin();
+    walk_line(label_collect, r);
+    labels_place(r);
+}
+
+std::vector<std::string> kept_texts()
+{
+    std::vector<std::string> kept;
+    for (uint32_t i = 0; i < labels_kept(); i++) {
+        const PlacedLabelLine *line = label_kept(i);
+        kept.push_back(std::string(line->text, text_end(line->text) - line->text) + " @ " +
+                       std::to_string(line->x) + "," + std::to_string(line->y));
+    }
+    return kept;
+}
+
+TEST_F(TextStages, LabelsKeptStandInTheWindowClearOfEveryOtherText)
+{
+    struct Row {
+        int32_t w, h;
+        uint32_t rows;
+        int32_t zooms;  // steps of exp(1.5) about the centre: 60 is a 30 s hold of Z
+    };
+    const Row rows[] = {{864, 648, 1, 0}, {864, 648, 3, 0}, {400, 300, 1, 0},
+                        {1920, 1440, 2, 0}, {864, 648, 1, 60}, {864, 648, 3, 60}};
+    for (const Row &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.w << "x" << row.h << " rows " << row.rows
+                                        << " zooms " << row.zooms);
+        set_window(row.w, row.h);
+        while (notation_rows.count < row.rows)
+            DynArray_append(&notation_rows, &new_row_template);
+        WalkRecord r = first_view(row.w);
+        for (int32_t k = 0; k < row.zooms; k++)
+            view_update(&r.xlo, &r.xhi, exp(1.5), 0);
+        place_labels(r);
+        EXPECT_GT(labels_kept(), 0u);
+        for (uint32_t i = 0; i < text_boxes.count; i++) {
+            const PlacedBox *a = DynArray_at<PlacedBox>(&text_boxes, i);
+            EXPECT_FALSE(a->raw);
+            if (a->kind != BOX_LABEL)
+                continue;
+            EXPECT_TRUE(a->box.x0 >= 0 && a->box.y0 >= 0 && a->box.x1 <= row.w && a->box.y1 <= row.h)
+                << a->box.x0 << "," << a->box.y0 << " " << a->box.x1 << "," << a->box.y1;
+            for (uint32_t j = 0; j < i; j++)
+                EXPECT_FALSE(text_box_overlap(a->box, DynArray_at<PlacedBox>(&text_boxes, j)->box))
+                    << "boxes " << i << " and " << j;
+        }
+        // a view that stands still keeps the same labels in the same places
+        std::vector<std::string> kept = kept_texts();
+        labels_discard();
+        place_labels(r);
+        EXPECT_EQ(kept_texts(), kept);
+        labels_discard();
+        while (notation_rows.count > 1)
+            DynArray_remove(&notation_rows, notation_rows.count - 1);
+        Bignum_free(r.xlo);
+        Bignum_free(r.xhi);
+    }
+}
+
+TEST_F(TextStages, TheTickWithMoreRoomKeepsItsLabel)
+{
+    // the first view: the end of the line stands for the whole line, so its name
+    // is kept, moved left to end inside the window; the label its name would
+    // meet, of a smaller interval, is left out
+    WalkRecord r = first_view(864);
+    place_labels(r);
+    std::vector<std::string> kept;
+    for (uint32_t i = 0; i < labels_kept(); i++)
+        kept.push_back(std::string(label_kept(i)->text, text_end(label_kept(i)->text) - label_kept(i)->text));
+    auto has = [&](const std::string &text) {
+        return std::find(kept.begin(), kept.end(), text) != kept.end();
+    };
+    auto label = [&](const char *ordinal) {
+        char *text = label_text(pool.read(ordinal), new_row_template, label_room(0));
+        std::string s(text, text_end(text) - text);
+        free(text);
+        return s;
+    };
+    EXPECT_TRUE(has("Extended Buchholz ordinal"));
+    EXPECT_TRUE(has(label("psi_{0}(I)")));
+    EXPECT_TRUE(has(label("psi_{0}(Omega_{Omega_{Omega}})")));
+    EXPECT_FALSE(has(label("psi_{0}(Omega_{Omega_{Omega_{Omega}}})")));
+    for (const char *small : {"0", "1", "2", "omega", "omega^{omega}", "epsilon_{0}"})
+        EXPECT_TRUE(has(label(small))) << small;
+    labels_discard();
+    Bignum_free(r.xlo);
+    Bignum_free(r.xhi);
+}
+
+TEST_F(TextStages, ReadoutKeepsToItsBand)
+{
+    // long texts of every kind, at two sizes, above a panel of one row and of ten
+    const char *ordinals[] = {"1", "omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{3}}}}}}}}}}",
+                              "psi_{0}(Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega}}}}}}}})",
+                              "omega^{omega.2+3}.5+omega^{omega+1}.4+omega^{omega}.3+omega^{7}.2+omega^{2}+omega+1"};
+    struct Size {
+        int32_t w, h;
+    };
+    for (Size size : {Size{864, 648}, Size{400, 300}})
+        for (uint32_t rows : {1u, 10u})
+            for (const char *ordinal : ordinals) {
+                SCOPED_TRACE(testing::Message() << size.w << "x" << size.h << " rows " << rows << " " << ordinal);
+                set_window(size.w, size.h);
+                WalkRecord r = first_view(size.w);
+                float band_bottom = (float)(size.h - (int32_t)((rows + 2) * height_of("panel")));
+                text_boxes_clear();
+                panels_reserve(false, buffer, sizeof buffer);
+                font_select("bigger");
+                size_t capacity;
+                char *source = label_source(pool.read(ordinal), new_row_template, &capacity);
+                CentreText t;
+                centre_layout(size.w / 2.0f, r, band_bottom, source, capacity, true, &t);
+                free(source);
+                ASSERT_GE(t.count, 1u);
+                EXPECT_LE(t.count, 2u);
+                // each line below the line's band where it ends, above the
+                // panel, in the window, and clear of the legend
+                uint32_t fixed = text_boxes.count;
+                centre_text_reserve(&t);
+                float slope = (r.yright - r.yleft) / (r.right - r.left);
+                for (uint32_t i = fixed; i < text_boxes.count; i++) {
+                    const PlacedBox *b = DynArray_at<PlacedBox>(&text_boxes, i);
+                    EXPECT_GE(b->box.y0, r.yleft + slope * b->box.x1 + 0.25f * r.ticklen);
+                    EXPECT_LE(b->box.y1, band_bottom);
+                    EXPECT_TRUE(b->box.x0 >= 0.0f && b->box.x1 <= (float)size.w);
+                    EXPECT_FALSE(b->raw);
+                    for (uint32_t j = 0; j < fixed; j++)
+                        EXPECT_FALSE(text_box_overlap(b->box, DynArray_at<PlacedBox>(&text_boxes, j)->box));
+                }
+                centre_text_free(&t);
+                Bignum_free(r.xlo);
+                Bignum_free(r.xhi);
+            }
 }
 
 }  // namespace

@@ -84,7 +84,7 @@ float text_width(const char *text)
 
 TextExtent text_extent(const char *text, float slope)
 {
-    TextExtent e = {text_width(text), 0.0f, (float)text_height, 0.0f, 0.0f};
+    TextExtent e = {text_width(text), 0.0f, (float)text_height, 0.0f};
     if (!text || !current_font)
         return e;
     const Font *root = current_font->parent;
@@ -131,21 +131,17 @@ TextExtent text_extent(const char *text, float slope)
             continue;
         // the inked rows of the glyph's quad, which is a whole line box
         float qtop = y + sy * root->ink_top[item.code];
-        float qbottom = y + sy * root->ink_bottom[item.code], qright = px + s * gw;
+        float qbottom = y + sy * root->ink_bottom[item.code];
         if (!any || qtop < e.top)
             e.top = qtop;
         if (!any || qbottom > e.bottom)
             e.bottom = qbottom;
-        float low = qbottom - slope * px, high = qtop - slope * qright;
+        float low = qbottom - slope * px;
         if (!any || low > e.low)
             e.low = low;
-        if (!any || high < e.high)
-            e.high = high;
         any = true;
     }
-    if (!any) {
+    if (!any)
         e.low = e.bottom;
-        e.high = e.top;
-    }
     return e;
 }

@@ -47,16 +47,15 @@ float text_width_bytes(const char *text, size_t limit);
 // The place a text takes when drawn at (0, 0) with the selected font: the
 // rows its glyphs ink (Font.ink_top, ink_bottom) at the sizes and offsets of
 // its scripts. Pen positions are those of text_width, at least as far right
-// as drawn, and the width is text_width's.
-// For a slanted line of `slope` (pixels down per pixel right) it also gives
-// how far the quads reach toward it: a text at (x, y) stays above the line
-// y = a + slope * X when y + low <= a + slope * x, and below it when
-// y + high >= a + slope * x. An empty text takes the box of one empty line.
+// as drawn, and the width is text_width's. For a slanted line y = a + slope *
+// X (pixels down per pixel right) it also gives how low the ink reaches
+// against the slant: a text at (x, y) stays above that line when
+// y + low <= a + slope * x, though its box's corner may not. An empty text
+// takes the box of one empty line.
 struct TextExtent {
     float width;   // as text_width
     float top;     // highest inked row; negative where superscripts rise
     float bottom;  // just below the lowest inked row
     float low;     // largest (ink bottom - slope * glyph left)
-    float high;    // smallest (ink top - slope * glyph right)
 };
 TextExtent text_extent(const char *text, float slope);
