@@ -21,6 +21,9 @@ constexpr uint32_t LABEL_MAX_LINES = 64;
 constexpr float LABEL_MIN_ROOM_LINES = 3.0f;
 // Pixels kept free between the lines of one label.
 constexpr float LABEL_LINE_GAP = 2.0f;
+// A label raised further than this many line heights (moved far left on a
+// steep line) would stand too far from its tick: it is left out.
+constexpr float LABEL_MAX_LIFT_LINES = 2.0f;
 
 // One label reached by the pass, and its lines in label_lines.
 struct LabelCandidate {
@@ -28,6 +31,7 @@ struct LabelCandidate {
     uint32_t order;  // reached as the order-th label: ties go to the left
     uint32_t first;  // its first line in label_lines
     uint32_t count;  // its lines
+    float lh;        // line height of its rows
 };
 
 // The labels of this pass (LabelCandidate) and all their lines
@@ -98,7 +102,8 @@ void label_collect(WalkRecord r)
     if (!label_start(r, &line))
         return;
     float slope = label_slope(r);
-    LabelCandidate candidate = {label_tick_room(r), label_candidates.count, label_lines.count, 0};
+    LabelCandidate candidate = {label_tick_room(r), label_candidates.count, label_lines.count, 0,
+                                (float)text_height};
     while (label_next(&line)) {
         // measured now, in the font the line is drawn in
         TextExtent e = text_extent(line.text, slope);
@@ -130,19 +135,20 @@ static int label_rank(const void *a, const void *b)
 // Tries one label. Each line that would cross the right edge moves left
 // until it ends there; each line is raised clear of the line's band where it
 // stands and clear of the line below it, and carries the lines above it up
-// by as much, so the stack keeps its order. The label is kept if every line
-// then lies in the window and meets no text placed before. The band's top
-// edge is y = band0 + slope * X.
-static bool label_try(const LabelCandidate *c, float slope, float band0)
+// by as much, so the stack keeps its order. The label (its first `count`
+// lines) is kept if it was not raised too far and every line then lies in
+// the window and meets no text placed before. The band's top edge is
+// y = band0 + slope * X.
+static bool label_try(const LabelCandidate *c, uint32_t count, float slope, float band0)
 {
     const PlacedLabelLine *lines = DynArray_at<PlacedLabelLine>(&label_lines, c->first);
     float w = (float)screen_w, h = (float)screen_h;
     // the lines' new places, bottom line first
     float x[LABEL_MAX_LINES], y[LABEL_MAX_LINES];
-    if (c->count > LABEL_MAX_LINES)
+    if (count > LABEL_MAX_LINES)
         return false;
     float lift = 0.0f;
-    for (uint32_t i = 0; i < c->count; i++) {
+    for (uint32_t i = 0; i < count; i++) {
         const TextExtent &e = lines[i].extent;
         x[i] = lines[i].x;
         if (x[i] + e.width > w)
@@ -166,15 +172,17 @@ static bool label_try(const LabelCandidate *c, float slope, float band0)
             y[i] -= need;
         }
     }
+    if (lift > LABEL_MAX_LIFT_LINES * c->lh)
+        return false;
     TextBox boxes[LABEL_MAX_LINES];
-    for (uint32_t i = 0; i < c->count; i++) {
+    for (uint32_t i = 0; i < count; i++) {
         const TextExtent &e = lines[i].extent;
         boxes[i] = TextBox{x[i], y[i] + e.top, x[i] + e.width, y[i] + e.bottom};
         if (boxes[i].x0 < 0.0f || boxes[i].y0 < 0.0f || boxes[i].x1 > w || boxes[i].y1 > h ||
             !text_box_clear_of_all(boxes[i]))
             return false;
     }
-    for (uint32_t i = 0; i < c->count; i++) {
+    for (uint32_t i = 0; i < count; i++) {
         PlacedLabelLine *line = DynArray_at<PlacedLabelLine>(&label_lines, c->first + i);
         text_box_add(BOX_LABEL, boxes[i], line->text);
         line->x = x[i];
@@ -194,8 +202,15 @@ void labels_place(WalkRecord r)
     // the top of the strokes at X is yleft + slope * (X - left) - ticklen
     float band0 = r.yleft - slope * r.left - r.ticklen;
     qsort(label_candidates.data, label_candidates.count, sizeof(LabelCandidate), label_rank);
-    for (uint32_t i = 0; i < label_candidates.count; i++)
-        label_try(DynArray_at<LabelCandidate>(&label_candidates, i), slope, band0);
+    for (uint32_t i = 0; i < label_candidates.count; i++) {
+        const LabelCandidate *c = DynArray_at<LabelCandidate>(&label_candidates, i);
+        if (label_try(c, c->count, slope, band0))
+            continue;
+        // a name that finds no place of its own does not take its label's
+        const PlacedLabelLine *top = DynArray_at<PlacedLabelLine>(&label_lines, c->first + c->count - 1);
+        if (top->name && c->count > 1)
+            label_try(c, c->count - 1, slope, band0);
+    }
 }
 
 void labels_discard()

@@ -9,9 +9,12 @@
 // the fixed texts already in text_boxes, and the labels kept so far. So of
 // two labels that would overlap, the tick with more room keeps its own, and
 // the same view always keeps the same labels: nothing flickers while it
-// stands still. A label that would cross the right edge is shifted left as a
-// whole, and raised as far as the slant of the line then asks; a line wider
-// than its room is elided at a whole term (markup_fit.h), never cut raw.
+// stands still. A label line that would cross the right edge is shifted
+// left, and raised with the lines above it as far as the slant of the line
+// then asks (two line heights at most: further would part it from its tick);
+// a line wider than its room is elided at a whole term (markup_fit.h), never
+// cut raw. A grey name that finds no place is left out alone, and its label
+// is tried without it.
 //
 // Ownership: the collected texts are heap blocks of this module, freed by
 // labels_draw (or labels_discard) at the end of the pass.

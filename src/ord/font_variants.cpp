@@ -13,7 +13,7 @@ struct FontVariantRule {
     double small_scale;  // pixels, up to the threshold
     int32_t threshold;   // heights above this scale with the window
     double per_pixel;    // scale per pixel of height above it
-    bool narrow_shrinks; // scaled down in a window narrower than FONT_FULL_WIDTH
+    bool narrow_shrinks; // held to the width (FONT_FULL_WIDTH)
 };
 
 // 750 / 30 = 25, 600 / 12 = 50 and 750 / 50 = 15: the two rules of each
@@ -35,8 +35,10 @@ double font_variant_scale(int32_t variant, int32_t width, int32_t height)
 {
     const FontVariantRule *rule = &font_variant_rules[variant];
     double scale = height > rule->threshold ? height * rule->per_pixel : rule->small_scale;
-    if (rule->narrow_shrinks && width > 0 && width < FONT_FULL_WIDTH)
-        scale *= (double)width / FONT_FULL_WIDTH;
+    // no larger than the small scale per FONT_FULL_WIDTH pixels of width
+    double narrow = rule->small_scale * width / FONT_FULL_WIDTH;
+    if (rule->narrow_shrinks && width > 0 && narrow < scale)
+        scale = narrow;
     return scale;
 }
 

@@ -21,9 +21,11 @@ const char *font_variant_name(int32_t variant);
 
 // The pixel scale of a variant in a window of width x height: constant below
 // a height threshold, proportional above it, meeting without a step. The
-// fixed texts ("panel") and the centre read-out ("bigger") also shrink with a
-// window narrower than FONT_FULL_WIDTH, so the line keeps its room there;
-// the labels' fonts do not. A width of 0 or less means no window yet.
+// fixed texts ("panel") and the centre read-out ("bigger") are also never
+// larger than their small scale per FONT_FULL_WIDTH pixels of width: they
+// shrink with a window narrower than that (and with a tall, narrow one), so
+// the line keeps its room and a notation row its width; the labels' fonts do
+// not. A width of 0 or less means no window yet.
 double font_variant_scale(int32_t variant, int32_t width, int32_t height);
 
 // Windows at least this wide set the fixed texts at their full size.

@@ -79,14 +79,15 @@ TEST(FontVariants, ScalesFollowTheHeightAboveTheirThresholds)
         int32_t width, height;
         double normal, bigger, legend, panel;
     };
-    // the fixed texts and the read-out shrink below 640 pixels of width, labels do not
+    // the fixed texts and the read-out are held to 25 and 50 pixels per 640 of
+    // width, the labels are not
     const Row rows[] = {
         {864, 200, 25, 50, 15, 25},        {864, 599, 25, 50, 15, 25},
         {864, 600, 25, 50, 15, 25},        {864, 648, 25, 54, 15, 25},
         {864, 749, 25, 62.4166, 15, 25},   {1000, 750, 25, 62.5, 15, 25},
         {1200, 900, 30, 75, 18, 30},       {1440, 1080, 36, 90, 21.6, 36},
         {640, 480, 25, 50, 15, 25},        {400, 300, 25, 31.25, 15, 15.625},
-        {320, 1080, 36, 45, 21.6, 18},
+        {320, 1080, 36, 25, 21.6, 12.5},
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(testing::Message() << row.width << "x" << row.height);

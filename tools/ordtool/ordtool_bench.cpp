@@ -72,7 +72,7 @@ static void bench_tick(WalkRecord r)
     tick_record(r);
 }
 
-// label_draw without the drawing: every line made, measured and freed.
+// The label pass without placing or drawing: every line made, measured and freed.
 static void bench_label(WalkRecord r)
 {
     bench_ticks++;
