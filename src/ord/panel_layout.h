@@ -58,7 +58,8 @@ void notation_caption(char *buffer, size_t size, int32_t toggle);
 // text_boxes (the arena read-out's too when `arena` is set: M is held).
 void panels_reserve(bool arena, char *buffer, size_t size);
 
-// The status line: the frame rate at its left, in a place as wide as the
-// widest rate, then the arena read-out. Left edges, pixels, with "panel".
+// The status line, in the font "panel": the frame rate at its left, in a
+// place as wide as the widest rate (status_fps_width pixels), then the arena
+// read-out from status_arena_x on.
 float status_fps_width(char *buffer, size_t size);
 float status_arena_x(char *buffer, size_t size);
