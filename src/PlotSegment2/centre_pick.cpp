@@ -1,4 +1,4 @@
-// The read-out pass: the ordinal nearest the marker, and its text and place.
+// The read-out pass: the ordinal nearest the marker, and its text.
 #include "PlotSegment2/centre_readout.h"
 
 #include <math.h>
@@ -9,13 +9,11 @@
 #include "ord/notation_rows.h"
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
-#include "support/bitmapfonts/text_measure.h"
-#include "support/gl/screen.h"
 
 Ord centre_ord = {};
 float centre_dist = CENTRE_NONE;
 bool centre_too_deep = false;
-const char *const CENTRE_TOO_DEEP_TEXT = "too deep: the line here needs more work than a frame allows";
+const char *const CENTRE_TOO_DEEP_TEXT = "too deep to draw in one frame";
 
 // Positions further than about 10^16 pixels out read as "none" without being
 // converted.
@@ -38,16 +36,7 @@ void centre_pick(WalkRecord r)
     centre_ord = Ord_clone(r.ordlo);
 }
 
-float centre_text_x(float cx, float w)
-{
-    float x0 = (2.0f - (float)((3 * screen_w) / 8)) + cx;
-    float x = (float)(screen_w - 1) - w;
-    if (x0 < x)
-        x = x0;
-    return x < 0.0f ? 0.0f : x;
-}
-
-char *centre_text(float cx, WalkRecord r, float *x, float *y)
+char *centre_source(float cx, WalkRecord r, size_t *capacity)
 {
     // the view of this pass is the marker's column alone
     WalkRecord column = r;
@@ -59,14 +48,23 @@ char *centre_text(float cx, WalkRecord r, float *x, float *y)
     centre_ord = Ord_zero();
     walk_line(centre_pick, column);
 
-    char *text = nullptr;
+    char *source = nullptr;
     if ((double)centre_dist < 1e20) {
+        // scripts are sized for the font the read-out is drawn in
         font_select("bigger");
-        text = label_text_wrapped(centre_ord, *notation_row(0), true);
-        *x = centre_text_x(cx, text_width(text));
-        *y = (float)(0.78 * screen_h);
+        source = label_source(centre_ord, *notation_row(0), capacity);
+        font_select("normal");
     }
     Ord_free(centre_ord);
     centre_ord = Ord_zero();
-    return text;
+    return source;
+}
+
+bool centre_text(float cx, WalkRecord r, float band_bottom, CentreText *out)
+{
+    size_t capacity = 0;
+    char *source = centre_source(cx, r, &capacity);
+    centre_layout(cx, r, band_bottom, source, capacity, centre_too_deep, out);
+    free(source);
+    return out->count > 0 || out->note;
 }

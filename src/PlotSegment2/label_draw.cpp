@@ -1,13 +1,16 @@
-// The label pass's callback: the lines of a label drawn above its tick.
+// The labels kept by the placement, drawn.
 #include "PlotSegment2/labels.h"
 
+#include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/text_draw.h"
 
-void label_draw(WalkRecord r)
+void labels_draw()
 {
-    LabelLine line;
-    if (!label_start(r, &line))
-        return;
-    while (label_next(&line))
-        text_put(line.text, line.colour, line.tx, line.y);
+    for (uint32_t i = 0; i < labels_kept(); i++) {
+        const PlacedLabelLine *line = label_kept(i);
+        font_select(line->name ? "legend" : "normal");
+        text_put(line->text, line->colour, line->x, line->y);
+    }
+    font_select("normal");
+    labels_discard();
 }

@@ -1,6 +1,7 @@
-// Label texts and their places above the ticks.
+// Label texts, cut to their room, and their places above the ticks.
 #include "PlotSegment2/labels.h"
 
+#include <math.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -9,6 +10,7 @@
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
+#include "support/bitmapfonts/markup_fit.h"
 #include "support/gl/screen.h"
 #include "support/report/report.h"
 
@@ -16,49 +18,63 @@
 // is expanded at all.
 static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 
-// Bytes of a raw text that can reach the screen: a label starts at most ten
-// line heights left of the window, every glyph advances at least a pixel, and
-// a wrapped text (the read-out) runs onto at most the lines the window holds.
-// The rest of a text that long is never seen, so it is never written; and
-// one byte past LABEL_TEXT_MAX is always written, to tell raw from typeset.
-static size_t label_raw_limit(bool wrapped)
-{
-    size_t h = text_height ? text_height : 1;
-    size_t reach = (size_t)(screen_w > 0 ? screen_w : 0) + 20 * h;
-    size_t lines = wrapped ? (size_t)(screen_h > 0 ? screen_h : 0) / h + 2 : 1;
-    size_t limit = reach * lines;
-    return limit > LABEL_TEXT_MAX ? limit : LABEL_TEXT_MAX + 1;
-}
-
-char *label_text(Ord x, NotationRow row)
-{
-    return label_text_wrapped(x, row, false);
-}
-
-char *label_text_wrapped(Ord x, NotationRow row, bool wrapped)
+// The text of x into buf, Greek letters done: at most LABEL_TEXT_MAX bytes are
+// made, and a text that was longer ends at its last whole term in the
+// ellipsis (the rest could never be read on the screen anyway).
+static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row)
 {
     bool cut;
-    char *s = Ord_tostring_limit(x, &row, label_raw_limit(wrapped), &cut);
+    char *s = Ord_tostring_limit(x, &row, LABEL_TEXT_MAX, &cut);
     size_t length = strlen(s);
-    if (length > LABEL_TEXT_MAX)
-        return s;
-    memcpy(label_buffer, s, length + 1);
+    memcpy(buf, s, length + 1);
     free(s);
-    greek_expand(label_buffer);
-    script_expand(label_buffer, -1, 0, 256, sizeof label_buffer);
+    greek_expand(buf);
+    if (cut)
+        markup_elide(buf, capacity, INFINITY, true);
+}
+
+char *label_source(Ord x, NotationRow row, size_t *capacity)
+{
+    *capacity = sizeof label_buffer;
+    char *buf = (char *)malloc(*capacity);
+    if (!buf)
+        REPORT(REPORT_FATAL, "Out of memory for a label", 0);
+    label_source_into(buf, *capacity, x, row);
+    return buf;
+}
+
+char *label_expand(char *source, size_t capacity)
+{
+    script_expand(source, -1, 0, 256, capacity);
     // escapes hold zero bytes: only text_end finds the end
-    size_t size = (size_t)(text_end(label_buffer) - label_buffer) + 1;
+    size_t size = (size_t)(text_end(source) - source) + 1;
     char *text = (char *)malloc(size);
     if (!text)
         REPORT(REPORT_FATAL, "Out of memory for a label", 0);
-    memcpy(text, label_buffer, size);
+    memcpy(text, source, size);
     return text;
+}
+
+char *label_text(Ord x, NotationRow row, float max_width)
+{
+    label_source_into(label_buffer, sizeof label_buffer, x, row);
+    if (max_width > 0.0f)
+        markup_elide(label_buffer, sizeof label_buffer, max_width, false);
+    return label_expand(label_buffer, sizeof label_buffer);
+}
+
+float label_room(float tx)
+{
+    float w = (float)screen_w;
+    float room = w - tx;
+    if (room < 0.25f * w)
+        room = 0.25f * w;
+    return room > w / 3.0f ? w / 3.0f : room;
 }
 
 bool label_start(WalkRecord r, LabelLine *line)
 {
-    uint32_t h = text_height;
-    if (Bignum_ltd(r.xlo, r.left - (float)(10 * h)) || Bignum_ged(r.xlo, r.right + (float)(10 * h)))
+    if (Bignum_ltd(r.xlo, r.left) || Bignum_ged(r.xlo, r.right))
         return false;
     line->r = r;
     line->x = Bignum_tofloat(r.xlo);
@@ -70,6 +86,7 @@ bool label_start(WalkRecord r, LabelLine *line)
     line->owned = nullptr;
     line->colour = 0;
     line->tx = line->x;
+    line->name = false;
     return true;
 }
 
@@ -87,11 +104,11 @@ bool label_next(LabelLine *line)
         free(line->owned);
         line->owned = nullptr;
         if (line->rows < notation_rows.count) {
-            line->owned = label_text(line->r.ordlo, *notation_row(line->rows));
+            label_step_up(line);
+            line->owned = label_text(line->r.ordlo, *notation_row(line->rows), label_room(line->tx));
             line->text = line->owned;
             line->rows++;
             line->colour = 0xffffff;
-            label_step_up(line);
             return true;
         }
         line->stage = 1;
@@ -104,6 +121,7 @@ bool label_next(LabelLine *line)
         if (name) {
             font_select("legend");
             line->text = name;
+            line->name = true;
             line->colour = 0x808080;
             label_step_up(line);
             return true;

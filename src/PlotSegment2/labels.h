@@ -1,25 +1,54 @@
 // Labels: the text above each tick that the label pass reaches, one line per
 // notation row, and the grey name of a named ordinal above them.
 //
-// No measuring or collision test exists: labels are kept apart by the slant
-// of the line, which sets each next tick lower, and by the stop size of the
-// label pass, five line heights. A long label may run over its neighbours.
+// The pass collects every label it reaches (label_collect); labels_place then
+// keeps those that fit, in the order of their ticks' room: the interval a
+// tick starts, which also sets how bright its stroke is (the end of the line
+// has the whole line). A label is kept when all its lines lie inside the
+// window, above the line's band, and clear of every text placed before it:
+// the fixed texts already in text_boxes, and the labels kept so far. So of
+// two labels that would overlap, the tick with more room keeps its own, and
+// the same view always keeps the same labels: nothing flickers while it
+// stands still. A label line that would cross the right edge is shifted
+// left, and raised with the lines above it as far as the slant of the line
+// then asks (two line heights at most: further would part it from its tick);
+// a line wider than its room is elided at a whole term (markup_fit.h), never
+// cut raw. A grey name that finds no place is left out alone, and its label
+// is tried without it.
+//
+// Ownership: the collected texts are heap blocks of this module, freed by
+// labels_draw (or labels_discard) at the end of the pass.
 #pragma once
 
 #include <stdint.h>
 
 #include "ord/notation.h"
 #include "PlotSegment2/segment.h"
+#include "support/bitmapfonts/text_measure.h"
 
-// Texts longer than this are drawn raw, without Greek letters and scripts.
+// Longest ordinal text that is expanded: a longer one is cut at its last whole
+// term within this many bytes and ends in the ellipsis.
 constexpr uint32_t LABEL_TEXT_MAX = 9999;
 
 // The expanded text of x in the notation of row, ready to draw with the font
 // selected now (script sizes follow it): a new heap block for the caller.
-char *label_text(Ord x, NotationRow row);
-// The same for a text drawn wrapped over several lines (the read-out): a raw
-// text then runs longer.
-char *label_text_wrapped(Ord x, NotationRow row, bool wrapped);
+// Over LABEL_TEXT_MAX bytes it is elided; with max_width above 0 it is also
+// elided to that many pixels.
+char *label_text(Ord x, NotationRow row, float max_width = 0.0f);
+
+// The same text before the script pass, for callers that cut it further
+// (markup_fit.h): a new heap block of *capacity bytes, elided beyond
+// LABEL_TEXT_MAX. label_expand finishes it: the script pass in place, then a
+// new heap copy of just the text; the source block stays the caller's.
+char *label_source(Ord x, NotationRow row, size_t *capacity);
+char *label_expand(char *source, size_t capacity);
+
+// The widest a label line may be with its left edge at tx: to the window's
+// right edge, but never under a quarter nor over a third of the window's
+// width (so one long label cannot crowd out every other). While the pass
+// collects, a row's text that would run into a fixed text (the legend) is cut
+// to end before it.
+float label_room(float tx);
 
 // One label walked line by line, bottom line first, so that drawing and
 // measuring share the placement:
@@ -37,14 +66,35 @@ struct LabelLine {
     char *owned;      // the expanded label, freed at the next step
     uint32_t colour;  // 0xRRGGBB
     float tx;         // left edge of the text
+    bool name;        // the grey name, in the font "legend"
 };
 
-// False when the tick is over ten line heights outside the view, so that no
-// label of it can reach into the window.
+// False when the tick stands outside the window: its label could not stand
+// above it inside the window.
 bool label_start(WalkRecord r, LabelLine *line);
 // The next line, or false when the label is done. The name line selects the
 // font "legend" while it is given; at the end "normal" is selected again.
 bool label_next(LabelLine *line);
 
-// The callback of the label pass: draws the label of r's left end.
-void label_draw(WalkRecord r);
+// The label pass: labels_begin, walk_line(label_collect, ...), labels_place
+// with the pass's record, then labels_draw.
+void labels_begin();
+void label_collect(WalkRecord r);
+void labels_place(WalkRecord r);
+// Draws the labels kept, and frees all collected texts.
+void labels_draw();
+// Frees the collected texts without drawing them.
+void labels_discard();
+
+// One kept label line, for the drawing and for tests: the text at (x, y) in
+// its colour and font, and its box.
+struct PlacedLabelLine {
+    const char *text;
+    uint32_t colour;
+    float x, y;
+    bool name;
+    TextExtent extent;
+};
+// The lines kept by the last labels_place, in placing order.
+uint32_t labels_kept();
+const PlacedLabelLine *label_kept(uint32_t i);

@@ -7,6 +7,7 @@
 #include "ord/navigation.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
+#include "support/bitmapfonts/text_boxes.h"
 #include "support/bitmapfonts/text_draw.h"
 #include "support/bitmapfonts/text_measure.h"
 #include "support/gl/screen.h"
@@ -28,11 +29,12 @@ double view_depth(Bignum view_lo, Bignum view_hi)
     return depth;
 }
 
-void depth_readout(Bignum view_lo, Bignum view_hi)
+// The expanded text of the read-out into buffer, in the font "legend", and
+// its place: the top left of the window, where the line stands lowest at every
+// zoom, reserved so the labels keep clear of it.
+static float depth_text(Bignum view_lo, Bignum view_hi, char *buffer, size_t size)
 {
     // room for the script escapes: three times the text and more
-    char buffer[256];
-    size_t size = sizeof buffer;
     double depth = view_depth(view_lo, view_hi);
     if (fabs(depth) < 0.05)
         depth = 0;  // home reads 10^0.0, not -0.0
@@ -44,9 +46,22 @@ void depth_readout(Bignum view_lo, Bignum view_hi)
     font_select("legend");
     // the buffer holds the expansion: scripts need three times the text
     script_expand(buffer, -1, 0, 256, size);
-    // at the top, ending four of its lines left of the legend: the line and
-    // its labels stand far lower there at every zoom
-    float x = (float)(3 * screen_w / 4) - text_width(buffer) - 4.0f * (float)text_height;
-    text_put(buffer, DEPTH_COLOUR, x > 0.0f ? x : 0.0f, 0.0f);
+    float width = text_width(buffer);
+    return width;
+}
+
+void depth_readout_reserve(Bignum view_lo, Bignum view_hi)
+{
+    char buffer[256];
+    float width = depth_text(view_lo, view_hi, buffer, sizeof buffer);
+    text_box_add(BOX_STATUS, TextBox{0.0f, 0.0f, width + 2.0f, (float)text_height}, buffer);
+    font_select("normal");
+}
+
+void depth_readout(Bignum view_lo, Bignum view_hi)
+{
+    char buffer[256];
+    depth_text(view_lo, view_hi, buffer, sizeof buffer);
+    text_put(buffer, DEPTH_COLOUR, 0.0f, 0.0f);
     font_select("normal");
 }

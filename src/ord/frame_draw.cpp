@@ -9,9 +9,12 @@
 #include "PlotSegment2/tick_draw.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/depth_readout.h"
+#include "ord/layout_report.h"
+#include "ord/panel_layout.h"
 #include "ord/panels.h"
 #include "ord/readouts.h"
 #include "support/bitmapfonts/font_registry.h"
+#include "support/bitmapfonts/text_boxes.h"
 #include "support/gl/screen.h"
 
 // The dark blue column about which the view zooms.
@@ -35,6 +38,10 @@ void frame_draw(WalkRecord *record, Bignum view_lo, Bignum view_hi, MemStack *ar
                 char *buffer, size_t size)
 {
     draw_centre_marker();
+    // the fixed texts' places first: labels and the read-out keep clear of them
+    text_boxes_clear();
+    panels_reserve(arena != nullptr, buffer, size);
+    depth_readout_reserve(view_lo, view_hi);
 
     // M held: the passes of the line allocate from the arena
     if (arena)
@@ -46,15 +53,25 @@ void frame_draw(WalkRecord *record, Bignum view_lo, Bignum view_hi, MemStack *ar
     walk_line(tick_record, *record);
     tick_draw(*record);
     record->minsize = (float)(5 * text_height);
-    walk_line(label_draw, *record);
+    labels_begin();
+    walk_line(label_collect, *record);
+    labels_place(*record);
+    labels_draw();
     if (arena) {
         memstack_readout(arena, buffer, size);
         memstack_rewind(arena);
         ord_arena = nullptr;
     }
-    // the read-out always runs on the heap
-    centre_readout((float)(screen_w / 2), *record);
+    // the read-out always runs on the heap; it stands below the line, the
+    // labels above it, so the two never meet
+    CentreText readout;
+    float band_bottom = (float)(panel_layout().status_y - 2);
+    centre_text((float)(screen_w / 2), *record, band_bottom, &readout);
+    centre_text_reserve(&readout);
+    centre_readout_draw(&readout);
+    centre_text_free(&readout);
     depth_readout(view_lo, view_hi);
     legend_draw(buffer, size);
     notation_panel(buffer, size);
+    layout_report_write();
 }

@@ -122,7 +122,7 @@ void help_overlay_draw()
     // from the panels' size down, a tenth at a time, until the table fits;
     // at the smallest size it goes on pages
     char request[64];
-    double size = font_variant_scale(FONT_NORMAL, screen_h);
+    double size = font_variant_scale(FONT_PANEL, screen_w, screen_h);
     int32_t columns = 1;
     for (;;) {
         snprintf(request, sizeof request, "fullsize:scale=%lfpx", size);

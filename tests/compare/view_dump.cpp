@@ -1,7 +1,8 @@
 // The label pass and the centre read-out of one view, as text: each label
 // line's place, colour and first LABEL_TEXT_MAX bytes (escapes in hex), then
 // the read-out. Built by compare_builds.sh against an older tree and the work
-// tree alike, so it uses only what both offer.
+// tree alike, so it uses only what both offer (the read-out as laid out in
+// lines, since the screen layout of issue 15).
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -61,12 +62,12 @@ int main(int argc, char **argv)
     tick_arrays_rebuild(record.right);
     record.minsize = (float)(5 * text_height);
     walk_line(dump_label, record);
-    float x = 0, y = 0;
-    char *text = centre_text((float)(screen_w / 2), record, &x, &y);
-    if (text) {
-        printf("read-out %.3f %.3f ", x, y);
-        dump_text(text);
-        free(text);
+    CentreText text;
+    centre_text((float)(screen_w / 2), record, (float)screen_h, &text);
+    for (uint32_t i = 0; i < text.count; i++) {
+        printf("read-out %.3f %.3f ", text.x, text.y[i]);
+        dump_text(text.lines[i]);
     }
+    centre_text_free(&text);
     return 0;
 }

@@ -62,10 +62,13 @@ e2e_finish() {
     exit 0
 }
 
+# The program's report of where each frame put its texts (its test mode).
+LAYOUT="$E2E_DIR/layout.txt"
+
 # Starts ordline and waits for its window; sets APP_PID and WID. SDL is held
 # to X11, so a refused connection fails here instead of drawing offscreen.
 app_start() {
-    SDL_VIDEODRIVER=x11 "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
+    SDL_VIDEODRIVER=x11 ORDLINE_LAYOUT_FILE="$LAYOUT" "$ORDLINE" >"$E2E_DIR/stdout.txt" 2>&1 &
     APP_PID=$!
     local i
     # generous: a loaded machine can take many seconds to map a GL window
@@ -402,4 +405,55 @@ app_goto() {  # app_goto TEXT [PASTE]
     fi
     sleep 0.2
     xdotool key Return
+
+# Resizes the window and gives the frames time to follow.
+app_resize() {  # app_resize W H
+    xdotool windowsize --sync "$WID" "$1" "$2" 2>/dev/null || xdotool windowsize "$WID" "$1" "$2"
+    sleep 0.7
+}
+
+# What is wrong with a layout report (see src/ord/layout_report.h), one line
+# each, and status 1 if anything is: a box outside the window, raw markup, a
+# label meeting any other text, a read-out line above the line's band where
+# it ends or below the top of the status line, or no read-out at all.
+layout_faults() {  # layout_faults [REPORT]
+    awk 'NR == 1 { W = $2; H = $3; next }
+        { n++; k[n] = $1; x0[n] = $2; y0[n] = $3; x1[n] = $4; y1[n] = $5; raw[n] = $6
+          if ($1 == "status" && (top == "" || $3 < top)) top = $3 }
+        function fault(text) { if (++faults <= 5) print text }
+        END {
+            for (i = 1; i <= n; i++) {
+                box = k[i] " " x0[i] "," y0[i] " " x1[i] "," y1[i]
+                if (raw[i]) fault("raw markup: " box)
+                if (x0[i] < 0 || y0[i] < 0 || x1[i] > W || y1[i] > H) fault("outside the window: " box)
+                if (k[i] == "readout") {
+                    readouts++
+                    if (y0[i] < 0.1 * H + 0.9 * H * x1[i] / W + 0.0125 * H - 0.5) fault("over the line: " box)
+                    if (y1[i] > top + 0.1) fault("over the status line: " box)
+                }
+                if (k[i] != "label") continue
+                # the report rounds to a tenth of a pixel: touching is not meeting
+                for (j = 1; j <= n; j++)
+                    if (j != i && x0[i] < x1[j] - 0.1 && x0[j] < x1[i] - 0.1 && y0[i] < y1[j] - 0.1 && y0[j] < y1[i] - 0.1)
+                        fault("label meets " box " / " k[j] " " x0[j] "," y0[j] " " x1[j] "," y1[j])
+            }
+            if (!readouts) fault("no read-out")
+            exit faults > 0
+        }' "${1:-$LAYOUT}"
+}
+
+# Whether the legend of a screenshot stands whole in the window: its ten
+# swatches in their exact colours, and nothing lit in the window's last two
+# columns beside it. Its box comes from the layout report.
+legend_whole() {  # legend_whole FILE W [REPORT]
+    local box colour n missing=0
+    box=$(awk '$1 == "legend" { printf "%d %d %d %d", $2, $3, $4 - $2 + 1, $5 - $3 + 1 }' "${3:-$LAYOUT}")
+    set -- "$1" "$2" $box
+    for colour in 128,128,128 160,0,0 255,160,0 255,255,0 255,255,255 0,255,0 0,255,255 255,0,255 0,0,255 64,64,64; do
+        n=$(colour_count "$1" "$5" "$6" "$3" "$4" "$colour")
+        # a swatch is half a line square: at least 5 by 5 pixels
+        [ "$n" -ge 25 ] || { echo "legend: no swatch of $colour ($n pixels)"; missing=1; }
+    done
+    [ "$(brightest "$1" 2 "$6" $(($2 - 2)) 0)" = 0 ] || { echo "legend: text at the right edge"; missing=1; }
+    return $missing
 }

@@ -66,12 +66,13 @@ xdotool keydown m
 sleep 0.5
 img_m=$(shot arena)
 xdotool keyup m
-memstack=$(tinted_count "$img_m" 432 25 432 623 255,192,128)
-check "holding M shows the arena read-out at the bottom centre ($memstack pixels of 0xffc080)" [ "$memstack" -gt 100 ]
-check "without M there is no arena read-out" [ "$(tinted_count "$img" 432 25 432 623 255,192,128)" = 0 ]
+# on the status line above "Add ", right of the frame rate's place
+memstack=$(tinted_count "$img_m" 450 25 150 573 255,192,128)
+check "holding M shows the arena read-out beside the frame rate ($memstack pixels of 0xffc080)" [ "$memstack" -gt 100 ]
+check "without M there is no arena read-out" [ "$(tinted_count "$img" 450 25 150 573 255,192,128)" = 0 ]
 # all but the read-outs at the bottom: the line, its labels, the legend
 check "holding M gives the same picture above the read-outs" same_region "$img" "$img_m" $W 540 0 0
-check "and the same line beside them" same_region "$img" "$img_m" 264 80 600 540
+check "and the same line beside them" same_region "$img" "$img_m" 244 80 620 540
 
 app_key q
 app_wait_exit 10

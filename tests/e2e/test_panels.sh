@@ -8,18 +8,21 @@ W=864 H=648 LH=25
 app_start || exit 1
 first=$(shot first)
 
-# the legend: ten lines from the top at x = 648, each in its kind's colour
+# the legend: ten lines from the top, moved left so the longest ends inside
+# the window, each a swatch in its kind's colour and the name beside it
 legend="128,128,128 160,0,0 255,160,0 255,255,0 255,255,255 0,255,0 0,255,255 255,0,255 0,0,255 64,64,64"
+legend_x=$(awk '$1 == "legend" { printf "%d", $2 }' "$LAYOUT")
 legend_line() {  # legend_line I COLOUR
     local y=$(($1 * LH)) start n
-    start=$(text_runs "$first" 600 $y 264 $LH 12 | head -n 1 | cut -d' ' -f1)
-    n=$(tinted_count "$first" 216 $LH 648 $y "$2")
-    echo "legend line $1 starts at x $start, $n pixels in $2"
-    between "${start:-0}" 648 651 && [ "$n" -ge 60 ]
+    start=$(text_runs "$first" 440 $y 424 $LH 12 | head -n 1 | cut -d' ' -f1)
+    n=$(colour_count "$first" 20 $LH "$legend_x" $y "$2")
+    echo "legend line $1 starts at x $start, a swatch of $n pixels in $2"
+    between "${start:-0}" "$legend_x" $((legend_x + 1)) && [ "$n" -ge 100 ] &&
+        [ "$(brightest "$first" 300 $LH $((legend_x + 20)) $y)" -ge 128 ]
 }
 i=0
 for colour in $legend; do
-    check "legend line $i at x 648 in $colour" legend_line $i $colour
+    check "legend line $i: swatch in $colour, then its name" legend_line $i $colour
     i=$((i + 1))
 done
 
@@ -32,8 +35,8 @@ check "all six toggles are white" [ "$(echo "$runs" | sed -n '2,7p' | awk '$3 < 
 add_runs=$(row_runs "$first" 1)
 check "above the row stands \"Add \" alone: $(echo $add_runs)" [ "$(echo "$add_runs" | wc -l)" = 1 ]
 
-fps=$(tinted_count "$first" 200 $LH 0 $(($H - 4 * LH)) 128,128,255)
-check "the frame rate shows in 0x8080ff four lines up ($fps pixels)" [ "$fps" -ge 60 ]
+fps=$(tinted_count "$first" 200 $LH 0 $(($H - 3 * LH)) 128,128,255)
+check "the frame rate shows in 0x8080ff on the line above \"Add \" ($fps pixels)" [ "$fps" -ge 60 ]
 # "0" stands over its stroke at x 86 (tick top at y 91), "1" over x 148
 check "the label 0 stands above its tick" [ "$(brightest "$first" 24 28 76 50)" = 255 ]
 check "the label 1 stands above its tick" [ "$(brightest "$first" 24 28 138 92)" = 255 ]
@@ -79,24 +82,23 @@ one=$(shot one-row)
 check "after \"Remove \" one row is left" [ "$(row_runs "$one" 1 | wc -l)" = 1 ]
 check "and the labels have one line" [ "$(brightest "$one" 24 30 360 208)" = 0 ]
 
-# "Add " 35 times, each click where it stands: the rows stop at what fits
-# (24 below the add line at this height), so the add line stays on the top
-# line, and clicks on panel texts never move the line
+# "Add " 15 times, each click where it stands: the rows stop at what keeps
+# the panel in the lower half of the window (10 at this height), so the add
+# line stays on screen, and clicks on panel texts never move the line
 right_strokes() { stroke_columns "$1" $W $H | awk '$1 > 440' | tr '\n' ' '; }
-# (the labels' stacks of 24 lines reach the top line further right)
 add_line_runs() { text_runs "$1" 0 $(($H - ($2 + 1) * LH)) 200 $LH 8; }
 rows=1
-for _ in $(seq 35); do
+for _ in $(seq 15); do
     app_click 15 $((H - (rows + 1) * LH + LH / 2))
-    [ $rows -lt 24 ] && rows=$((rows + 1))
+    [ $rows -lt 10 ] && rows=$((rows + 1))
 done
 full=$(shot rows-full)
-top_runs=$(add_line_runs "$full" 24)
-check "the top line reads \"Add Remove \": $(echo $top_runs)" [ "$(echo "$top_runs" | wc -l)" = 2 ]
+top_runs=$(add_line_runs "$full" 10)
+check "the add line above ten rows reads \"Add Remove \": $(echo $top_runs)" [ "$(echo "$top_runs" | wc -l)" = 2 ]
 check "the line did not move" [ "$(right_strokes "$one")" = "$(right_strokes "$full")" ]
 remove=$(echo "$top_runs" | sed -n 2p)
-app_click $(( ($(echo $remove | cut -d' ' -f1) + $(echo $remove | cut -d' ' -f2)) / 2 )) $((H - 25 * LH + LH / 2))
-check "\"Remove \" on the top line takes a row away" [ "$(add_line_runs "$(shot rows-less)" 23 | wc -l)" = 2 ]
+app_click $(( ($(echo $remove | cut -d' ' -f1) + $(echo $remove | cut -d' ' -f2)) / 2 )) $((H - 11 * LH + LH / 2))
+check "\"Remove \" on the add line takes a row away" [ "$(add_line_runs "$(shot rows-less)" 9 | wc -l)" = 2 ]
 
 app_key q
 app_wait_exit 10

@@ -2,9 +2,11 @@
 // hit test, label texts and places, and the centre read-out.
 #include <gtest/gtest.h>
 
+#include <math.h>
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,9 +18,13 @@
 #include "ord/font_variants.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
+#include "ord/panel_layout.h"
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"
+#include "support/bitmapfonts/markup_fit.h"
+#include "support/bitmapfonts/text_boxes.h"
+#include "support/bitmapfonts/text_measure.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
 #include "ord_fixtures_test.h"
@@ -70,19 +76,25 @@ uint32_t height_of(const char *name)
 TEST(FontVariants, ScalesFollowTheHeightAboveTheirThresholds)
 {
     struct Row {
-        int32_t height;
-        double normal, bigger, legend;
+        int32_t width, height;
+        double normal, bigger, legend, panel;
     };
+    // the fixed texts and the read-out are held to 25 and 50 pixels per 640 of
+    // width, the labels are not
     const Row rows[] = {
-        {200, 25, 50, 15},       {599, 25, 50, 15},   {600, 25, 50, 15},
-        {648, 25, 54, 15},       {749, 25, 62.4166, 15}, {750, 25, 62.5, 15},
-        {900, 30, 75, 18},       {1080, 36, 90, 21.6},
+        {864, 200, 25, 50, 15, 25},        {864, 599, 25, 50, 15, 25},
+        {864, 600, 25, 50, 15, 25},        {864, 648, 25, 54, 15, 25},
+        {864, 749, 25, 62.4166, 15, 25},   {1000, 750, 25, 62.5, 15, 25},
+        {1200, 900, 30, 75, 18, 30},       {1440, 1080, 36, 90, 21.6, 36},
+        {640, 480, 25, 50, 15, 25},        {400, 300, 25, 31.25, 15, 15.625},
+        {320, 1080, 36, 25, 21.6, 12.5},
     };
     for (const Row &row : rows) {
-        SCOPED_TRACE(row.height);
-        EXPECT_NEAR(font_variant_scale(FONT_NORMAL, row.height), row.normal, 1e-3);
-        EXPECT_NEAR(font_variant_scale(FONT_BIGGER, row.height), row.bigger, 1e-3);
-        EXPECT_NEAR(font_variant_scale(FONT_LEGEND, row.height), row.legend, 1e-3);
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height);
+        EXPECT_NEAR(font_variant_scale(FONT_NORMAL, row.width, row.height), row.normal, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_BIGGER, row.width, row.height), row.bigger, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_LEGEND, row.width, row.height), row.legend, 1e-3);
+        EXPECT_NEAR(font_variant_scale(FONT_PANEL, row.width, row.height), row.panel, 1e-3);
     }
 }
 
@@ -104,8 +116,8 @@ TEST_F(TextStages, FontsAreRemadeEachFrameWithoutPilingUp)
     uint32_t named = 0;
     for (uint32_t i = 0; i < font_list.count; i++)
         named += strcmp(fonts[i]->name, "normal") == 0 || strcmp(fonts[i]->name, "bigger") == 0 ||
-                 strcmp(fonts[i]->name, "legend") == 0;
-    EXPECT_EQ(named, 3u);
+                 strcmp(fonts[i]->name, "legend") == 0 || strcmp(fonts[i]->name, "panel") == 0;
+    EXPECT_EQ(named, 4u);
 
     set_window(1440, 1080);
     EXPECT_EQ(text_height, 36u);
@@ -113,6 +125,7 @@ TEST_F(TextStages, FontsAreRemadeEachFrameWithoutPilingUp)
     set_window(400, 300);
     EXPECT_EQ(text_height, 25u);
     EXPECT_EQ(height_of("legend"), 15u);
+    EXPECT_EQ(height_of("panel"), 15u);
 }
 
 TEST(PanelClick, NewEdgeInsideTheHalfOpenBox)
@@ -156,7 +169,7 @@ TEST(PanelClick, NewEdgeInsideTheHalfOpenBox)
     mouse_buttons = 0;
 }
 
-TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
+TEST_F(TextStages, LabelTextIsExpandedAndElidedAtAWholeTerm)
 {
     NotationRow row = new_row_template;
     char *text = label_text(pool.read("psi_{0}(omega)"), row);
@@ -164,24 +177,24 @@ TEST_F(TextStages, LabelTextIsExpandedUpToItsGuard)
     const std::string expanded(text, text_end(text) - text);
     EXPECT_EQ(expanded.substr(0, 3), std::string("\x02\x01\x17", 3));
     EXPECT_NE(expanded.find('\x05'), std::string::npos);
-    EXPECT_EQ(expanded.find('^'), std::string::npos);
+    EXPECT_FALSE(text_has_markup(text));
     free(text);
 
-    // with "alpha.n" off a coefficient repeats its term: 1,500 times "omega+" is past the guard
+    // with "alpha.n" off a coefficient repeats its term: 1,667 times "omega+" is past the
+    // guard, and is cut after its last whole term there instead of shown raw
     row.toggle[TOGGLE_DOT] = 0;
-    Ord x = pool.read("omega.1667");
-    char *raw = Ord_tostring(x, &row);
-    ASSERT_GT(strlen(raw), LABEL_TEXT_MAX);
-    // raw, and written only as far as a line can show, past the guard
-    char *shown = label_text(x, row);
-    EXPECT_GT(strlen(shown), LABEL_TEXT_MAX);
-    EXPECT_EQ(strncmp(shown, raw, strlen(shown)), 0);
-    free(shown);
-    free(raw);
-    Ord y = pool.read("omega.1666");
-    char *kept = label_text(y, row);
-    EXPECT_EQ(strstr(kept, "omega"), nullptr);  // just under the guard: Greek letters
-    free(kept);
+    char *cut = label_text(pool.read("omega.1667"), row);
+    const std::string shown(cut, text_end(cut) - cut);
+    EXPECT_FALSE(text_has_markup(cut));
+    EXPECT_EQ(shown.substr(shown.size() - 7), std::string("\x02\x01\x17+...", 7));
+    EXPECT_LE(shown.size(), (size_t)LABEL_TEXT_MAX);
+    free(cut);
+    // and a label line is cut to its room in pixels
+    char *narrow = label_text(pool.read("omega.1667"), row, 100.0f);
+    EXPECT_LE(text_width(narrow), 100.0f);
+    EXPECT_EQ(std::string(narrow, text_end(narrow) - narrow).substr(text_end(narrow) - narrow - 4),
+              "+...");
+    free(narrow);
 }
 
 // The lines of every label of a label pass over a view.
@@ -258,7 +271,7 @@ TEST_F(TextStages, LabelsStandAboveTheirTicksOneLinePerRow)
     Bignum_free(r.xhi);
 }
 
-TEST_F(TextStages, LabelsReachTenLinesBeyondTheView)
+TEST_F(TextStages, OnlyTicksInTheWindowHaveLabels)
 {
     WalkRecord r = first_view(864);
     Bignum_free(r.xlo);
@@ -270,7 +283,7 @@ TEST_F(TextStages, LabelsReachTenLinesBeyondTheView)
         double x;
         bool drawn;
     };
-    const Row rows[] = {{-250.0, true}, {-250.01, false}, {1113.99, true}, {1114.0, false}};
+    const Row rows[] = {{-0.01, false}, {0.0, true}, {863.99, true}, {864.0, false}};
     for (const Row &row : rows) {
         SCOPED_TRACE(row.x);
         r.xlo = Bignum_fromdouble(row.x);
@@ -306,23 +319,24 @@ TEST_F(TextStages, CentreReadoutPicksTheLeafAtTheMarker)
         Bignum_free(r.xhi);
         r.xlo = Bignum_fromdouble(row.lo);
         r.xhi = Bignum_fromdouble(row.hi);
-        float x = -1, y = -1;
-        char *text = centre_text(640.0f, r, &x, &y);
-        // "normal" is 32 pixels high here, "bigger" 80
+        CentreText text;
+        bool shown = centre_text(640.0f, r, 960.0f, &text);
+        // "normal" is selected after; "bigger" is 80 pixels high here
+        EXPECT_EQ(text_height, 32u);
         if (!row.want) {
-            EXPECT_EQ(text, nullptr);
-            EXPECT_EQ(text_height, 32u);
+            EXPECT_FALSE(shown);
         } else {
-            ASSERT_NE(text, nullptr);
-            EXPECT_EQ(text_height, 80u);
+            ASSERT_EQ(text.count, 1u);
+            font_select("bigger");
             char *want = label_text(pool.read(row.want), new_row_template);
-            EXPECT_STREQ(text, want);
+            font_select("normal");
+            EXPECT_STREQ(text.lines[0], want);
             free(want);
-            EXPECT_FLOAT_EQ(x, 162.0f);
-            EXPECT_FLOAT_EQ(y, 748.8f);
+            EXPECT_FLOAT_EQ(text.x, 162.0f);
+            EXPECT_FLOAT_EQ(text.y[0], 748.8f);
         }
         EXPECT_EQ(centre_ord.count, 0u);
-        free(text);
+        centre_text_free(&text);
         Bignum_free(r.xlo);
         Bignum_free(r.xhi);
     }
@@ -340,6 +354,261 @@ TEST(CentreReadout, PlacedAtAnEighthThenPulledInsideTheWindow)
     };
     for (const Row &row : rows)
         EXPECT_FLOAT_EQ(centre_text_x(row.cx, row.w), row.x) << row.w;
+}
+
+}  // namespace
+
+namespace {
+
+// A source after the Greek pass, in a buffer with the capacity rule's room.
+std::vector<char> greek_source(const char *text)
+{
+    std::vector<char> buf(MARKUP_CAPACITY(strlen(text)), 0);
+    memcpy(buf.data(), text, strlen(text) + 1);
+    greek_expand(buf.data());
+    return buf;
+}
+
+std::string source_bytes(const std::vector<char> &buf)
+{
+    return std::string(buf.data(), text_end(buf.data()) - buf.data());
+}
+
+TEST_F(TextStages, ElisionKeepsTheLongestRunOfWholeTermsThatFits)
+{
+    struct Row {
+        const char *source;
+        const char *want;  // also the room: exactly its width
+        bool cut_short;    // the source was already cut at an arbitrary byte
+    };
+    const Row rows[] = {
+        {"omega+1", "omega+1", false},
+        {"omega^{omega}+omega^{2}+1", "omega^{omega}+...", false},
+        // inside a script the ellipsis is raised with it, and the group closed
+        {"omega^{omega+omega+omega^{2}}", "omega^{omega+omega+...}", false},
+        {"psi_{0}(Omega_{2}+Omega)", "psi_{0}(Omega_{2}+...", false},
+        {"psi_{0}(Omega_{2}+Omega)", "psi_{0}(...", false},
+        {"varphi_{omega}(1)", "varphi_{...}", false},
+        {"omega^{omega}", "...", false},  // nothing fits but the ellipsis
+        {"too deep to draw", "too deep...", false},
+        {"omega+omega+eps", "omega+omega+...", true},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.source);
+        std::vector<char> source = greek_source(row.source), want = greek_source(row.want);
+        // the width of a source is that of its expansion
+        std::vector<char> expanded = source;
+        script_expand(expanded.data(), -1, 0, 256, expanded.size());
+        EXPECT_FLOAT_EQ(markup_width(source.data()), text_width(expanded.data()));
+        float room = markup_width(want.data());
+        bool cut = markup_elide(source.data(), source.size(), room, row.cut_short);
+        EXPECT_EQ(cut, strcmp(row.source, row.want) != 0);
+        EXPECT_EQ(source_bytes(source), source_bytes(want));
+    }
+}
+
+TEST_F(TextStages, LinesBreakAfterATermAndKeepTheirScriptLevel)
+{
+    struct Row {
+        const char *source, *head, *tail;  // the head's width is the room
+    };
+    const Row rows[] = {
+        {"omega^{omega+1}+omega+3", "omega^{omega+1}+", "omega+3"},
+        {"omega^{omega+omega_{1}+1}", "omega^{omega+}", "^{omega_{1}+1}"},
+        {"psi_{0}(Omega_{omega^{2}+1})", "psi_{0}(Omega_{omega^{2}+}", "_{1})"},
+        {"omega^{omega}", "", ""},  // no term ends in the room: no break
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.source);
+        std::vector<char> source = greek_source(row.source), head = greek_source(row.head);
+        size_t at = markup_break(source.data(), markup_width(head.data()));
+        if (!*row.head) {
+            EXPECT_EQ(at, 0u);
+            continue;
+        }
+        char *tail = markup_tail(source.data(), at);
+        EXPECT_EQ(std::string(tail, text_end(tail) - tail), source_bytes(greek_source(row.tail)));
+        free(tail);
+        // the head with its open groups closed
+        markup_head(source.data(), source.size(), at);
+        std::string closed = source_bytes(head);
+        for (size_t open = std::count(closed.begin(), closed.end(), '{') -
+                           std::count(closed.begin(), closed.end(), '}');
+             open > 0; open--)
+            closed += "}";
+        EXPECT_EQ(source_bytes(source), closed);
+    }
+}
+
+TEST_F(TextStages, ReadoutTowersStopAtTheScriptFloor)
+{
+    // the read-out's font, 54 pixels: scripts shrink for eight levels, then repeat
+    font_select("bigger");
+    int32_t floor = markup_floor_depth();
+    EXPECT_EQ(floor, 8);
+    std::string tower = "3";
+    for (int i = 0; i < 12; i++)
+        tower = "omega^{" + tower + "}";
+    std::vector<char> source = greek_source((tower + "+1").c_str());
+    EXPECT_TRUE(markup_elide_depth(source.data(), source.size(), floor));
+    script_expand(source.data(), -1, 0, 256, source.size());
+    // no glyph under 9 pixels, "..." on top, and the "+1" after the tower kept
+    int32_t levels = 0;
+    for (size_t i = 0; source[i];) {
+        TextItem item = text_item(source.data() + i, SIZE_MAX);
+        if (item.kind == TEXT_ITEM_CONTROL && item.control == 2) {
+            EXPECT_GE((item.arg & 0xFFFF) * 54.0 / 256, 9.0);
+        }
+        levels += item.kind == TEXT_ITEM_GLYPH && item.code == 279;
+        i += item.length;
+    }
+    EXPECT_EQ(levels, floor + 1);
+    const std::string text = source_bytes(source);
+    EXPECT_NE(text.find("..."), std::string::npos);
+    EXPECT_EQ(text.substr(text.size() - 2), "+1");
+    font_select("normal");
+}
+
+// The label pass of a view as a frame runs it: the fixed texts' places
+// first, then the labels collected and placed around them.
+void place_labels(WalkRecord r)
+{
+    text_boxes_clear();
+    panels_reserve(false, buffer, sizeof buffer);
+    labels_begin();
+    walk_line(label_collect, r);
+    labels_place(r);
+}
+
+std::vector<std::string> kept_texts()
+{
+    std::vector<std::string> kept;
+    for (uint32_t i = 0; i < labels_kept(); i++) {
+        const PlacedLabelLine *line = label_kept(i);
+        kept.push_back(std::string(line->text, text_end(line->text) - line->text) + " @ " +
+                       std::to_string(line->x) + "," + std::to_string(line->y));
+    }
+    return kept;
+}
+
+TEST_F(TextStages, LabelsKeptStandInTheWindowClearOfEveryOtherText)
+{
+    struct Row {
+        int32_t w, h;
+        uint32_t rows;
+        int32_t zooms;  // steps of exp(1.5) about the centre: 60 is a 30 s hold of Z
+    };
+    const Row rows[] = {{864, 648, 1, 0}, {864, 648, 3, 0}, {400, 300, 1, 0},
+                        {1920, 1440, 2, 0}, {864, 648, 1, 60}, {864, 648, 3, 60}};
+    for (const Row &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.w << "x" << row.h << " rows " << row.rows
+                                        << " zooms " << row.zooms);
+        set_window(row.w, row.h);
+        while (notation_rows.count < row.rows)
+            DynArray_append(&notation_rows, &new_row_template);
+        WalkRecord r = first_view(row.w);
+        for (int32_t k = 0; k < row.zooms; k++)
+            view_update(&r.xlo, &r.xhi, exp(1.5), 0);
+        place_labels(r);
+        EXPECT_GT(labels_kept(), 0u);
+        for (uint32_t i = 0; i < text_boxes.count; i++) {
+            const PlacedBox *a = DynArray_at<PlacedBox>(&text_boxes, i);
+            EXPECT_FALSE(a->raw);
+            if (a->kind != BOX_LABEL)
+                continue;
+            EXPECT_TRUE(a->box.x0 >= 0 && a->box.y0 >= 0 && a->box.x1 <= row.w && a->box.y1 <= row.h)
+                << a->box.x0 << "," << a->box.y0 << " " << a->box.x1 << "," << a->box.y1;
+            for (uint32_t j = 0; j < i; j++)
+                EXPECT_FALSE(text_box_overlap(a->box, DynArray_at<PlacedBox>(&text_boxes, j)->box))
+                    << "boxes " << i << " and " << j;
+        }
+        // a view that stands still keeps the same labels in the same places
+        std::vector<std::string> kept = kept_texts();
+        labels_discard();
+        place_labels(r);
+        EXPECT_EQ(kept_texts(), kept);
+        labels_discard();
+        while (notation_rows.count > 1)
+            DynArray_remove(&notation_rows, notation_rows.count - 1);
+        Bignum_free(r.xlo);
+        Bignum_free(r.xhi);
+    }
+}
+
+TEST_F(TextStages, TheTickWithMoreRoomKeepsItsLabel)
+{
+    // the first view: the end of the line stands for the whole line, so its name
+    // is kept, moved left to end inside the window; the label its name would
+    // meet, of a smaller interval, is left out
+    WalkRecord r = first_view(864);
+    place_labels(r);
+    std::vector<std::string> kept;
+    for (uint32_t i = 0; i < labels_kept(); i++)
+        kept.push_back(std::string(label_kept(i)->text, text_end(label_kept(i)->text) - label_kept(i)->text));
+    auto has = [&](const std::string &text) {
+        return std::find(kept.begin(), kept.end(), text) != kept.end();
+    };
+    auto label = [&](const char *ordinal) {
+        char *text = label_text(pool.read(ordinal), new_row_template, label_room(0));
+        std::string s(text, text_end(text) - text);
+        free(text);
+        return s;
+    };
+    EXPECT_TRUE(has("Extended Buchholz ordinal"));
+    EXPECT_TRUE(has(label("psi_{0}(I)")));
+    EXPECT_TRUE(has(label("psi_{0}(Omega_{Omega_{Omega}})")));
+    EXPECT_FALSE(has(label("psi_{0}(Omega_{Omega_{Omega_{Omega}}})")));
+    for (const char *small : {"0", "1", "2", "omega", "omega^{omega}", "epsilon_{0}"})
+        EXPECT_TRUE(has(label(small))) << small;
+    labels_discard();
+    Bignum_free(r.xlo);
+    Bignum_free(r.xhi);
+}
+
+TEST_F(TextStages, ReadoutKeepsToItsBand)
+{
+    // long texts of every kind, at two sizes, above a panel of one row and of ten
+    const char *ordinals[] = {"1", "omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{omega^{3}}}}}}}}}}",
+                              "psi_{0}(Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega_{Omega}}}}}}}})",
+                              "omega^{omega.2+3}.5+omega^{omega+1}.4+omega^{omega}.3+omega^{7}.2+omega^{2}+omega+1"};
+    struct Size {
+        int32_t w, h;
+    };
+    for (Size size : {Size{864, 648}, Size{400, 300}})
+        for (uint32_t rows : {1u, 10u})
+            for (const char *ordinal : ordinals) {
+                SCOPED_TRACE(testing::Message() << size.w << "x" << size.h << " rows " << rows << " " << ordinal);
+                set_window(size.w, size.h);
+                WalkRecord r = first_view(size.w);
+                float band_bottom = (float)(size.h - (int32_t)((rows + 2) * height_of("panel")));
+                text_boxes_clear();
+                panels_reserve(false, buffer, sizeof buffer);
+                font_select("bigger");
+                size_t capacity;
+                char *source = label_source(pool.read(ordinal), new_row_template, &capacity);
+                CentreText t;
+                centre_layout(size.w / 2.0f, r, band_bottom, source, capacity, true, &t);
+                free(source);
+                ASSERT_GE(t.count, 1u);
+                EXPECT_LE(t.count, 2u);
+                // each line below the line's band where it ends, above the
+                // panel, in the window, and clear of the legend
+                uint32_t fixed = text_boxes.count;
+                centre_text_reserve(&t);
+                float slope = (r.yright - r.yleft) / (r.right - r.left);
+                for (uint32_t i = fixed; i < text_boxes.count; i++) {
+                    const PlacedBox *b = DynArray_at<PlacedBox>(&text_boxes, i);
+                    EXPECT_GE(b->box.y0, r.yleft + slope * b->box.x1 + 0.25f * r.ticklen);
+                    EXPECT_LE(b->box.y1, band_bottom);
+                    EXPECT_TRUE(b->box.x0 >= 0.0f && b->box.x1 <= (float)size.w);
+                    EXPECT_FALSE(b->raw);
+                    for (uint32_t j = 0; j < fixed; j++)
+                        EXPECT_FALSE(text_box_overlap(b->box, DynArray_at<PlacedBox>(&text_boxes, j)->box));
+                }
+                centre_text_free(&t);
+                Bignum_free(r.xlo);
+                Bignum_free(r.xhi);
+            }
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ static void bench_tick(WalkRecord r)
     tick_record(r);
 }
 
-// label_draw without the drawing: every line made, measured and freed.
+// The label pass without placing or drawing: every line made, measured and freed.
 static void bench_label(WalkRecord r)
 {
     bench_ticks++;
@@ -88,13 +88,10 @@ static void bench_label(WalkRecord r)
 
 static void bench_readout(WalkRecord record)
 {
-    float x, y;
-    char *text = centre_text((float)(screen_w / 2), record, &x, &y);
-    if (text) {
+    CentreText text;
+    if (centre_text((float)(screen_w / 2), record, (float)screen_h, &text))
         bench_ticks++;
-        font_select("normal");
-        free(text);
-    }
+    centre_text_free(&text);
 }
 
 // One pass as the frame runs it, in the arena if one is given.

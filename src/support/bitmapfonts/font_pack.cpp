@@ -77,10 +77,28 @@ static uint32_t power_of_two_at_least(uint32_t v)
     return p;
 }
 
+// The rows a glyph inks (any pixel not transparent), for boxes as tight as
+// what is seen.
+static void glyph_ink_rows(Font *font, uint32_t code, uint32_t w, uint32_t h,
+                           const uint8_t *pixels)
+{
+    uint32_t top = h, bottom = 0;
+    for (uint32_t row = 0; row < h; row++)
+        for (uint32_t col = 0; col < w; col++)
+            if (pixels[row * w + col] != GLYPH_TRANSPARENT) {
+                if (row < top)
+                    top = row;
+                bottom = row + 1;
+                break;
+            }
+    font->ink_top[code] = (uint8_t)(bottom ? top : 0);
+    font->ink_bottom[code] = (uint8_t)bottom;
+}
+
 void font_pack_layout(const uint8_t *data, uint32_t size, uint32_t maxtx, Font *font)
 {
-    uint32_t pos = 0, w, h, records = 0;
-    const uint8_t *pixels;
+    uint32_t pos = 0, w = 0, h = 0, records = 0;
+    const uint8_t *pixels = nullptr;
     font->height = 1;
     while (records < FONT_CODES && glyph_record(data, size, &pos, &w, &h, &pixels)) {
         if (h > font->height)
@@ -101,6 +119,7 @@ void font_pack_layout(const uint8_t *data, uint32_t size, uint32_t maxtx, Font *
             continue;
         }
         glyph_record(data, size, &pos, &w, &h, &pixels);
+        glyph_ink_rows(font, code, w, h, pixels);
         font->glyph_x[code] = x;
         font->glyph_y[code] = y;
         font->glyph_w[code] = w;

@@ -40,6 +40,9 @@ struct Font {
     uint32_t glyph_x[FONT_CODES];   // left edge of each glyph in the texture, pixels
     uint32_t glyph_y[FONT_CODES];   // top edge of each glyph's line in the texture, pixels
     uint32_t glyph_w[FONT_CODES];   // glyph width = advance, pixels
+    // rows of the line that a glyph inks: from ink_top up to but not
+    // including ink_bottom, counted from the top; 0 and 0 for none
+    uint8_t ink_top[FONT_CODES], ink_bottom[FONT_CODES];
     uint32_t tex_w, tex_h;          // texture size as read back from GL
     float border;                   // transparent margin around glyphs; 0.0 here
     uint32_t max_w;                 // largest glyph_w

@@ -153,9 +153,7 @@ static int16_t clamp_i16(double v)
     return (int16_t)v;
 }
 
-// Size of a script below a level of size s: 1/size grows by a constant per
-// level, down to the floor f that keeps script glyphs at about 12 pixels.
-static int16_t script_size_below(int16_t s)
+int16_t script_size_below(int16_t s)
 {
     int32_t f = 255;
     if (text_height > 0) {

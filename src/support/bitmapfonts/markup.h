@@ -42,6 +42,11 @@ char *greek_expand(char *text);
 void script_expand(char *text, int32_t levels, int16_t offset, int16_t size,
                    size_t capacity = 0);
 
+// Size of a script below a level of size s (1/256 of the full size): 1/size
+// grows by a constant per level, down to the floor that keeps script glyphs at
+// about 12 pixels with the selected font.
+int16_t script_size_below(int16_t s);
+
 // The closing 0x00 of an expanded text.
 char *text_end(char *text);
 const char *text_end(const char *text);

@@ -81,3 +81,67 @@ float text_width(const char *text)
 {
     return text_width_bytes(text, SIZE_MAX);
 }
+
+TextExtent text_extent(const char *text, float slope)
+{
+    TextExtent e = {text_width(text), 0.0f, (float)text_height, 0.0f};
+    if (!text || !current_font)
+        return e;
+    const Font *root = current_font->parent;
+    const float H = (float)root->height;  // the line breaks' step
+    const float sx0 = current_font->scale_x, sy0 = current_font->scale_y;
+    float s = sx0, sy = sy0;
+    float sp = (float)text_height * text_spacing;
+    double g = 1.0 + current_font->boldness;
+    float x = 0.0f, y = 0.0f;
+    int32_t off = 0;  // pixels up from the line, as text_draw keeps it
+    bool any = false;
+    for (size_t i = 0;;) {
+        TextItem item = text_item(text + i, SIZE_MAX);
+        if (item.kind == TEXT_ITEM_END)
+            break;
+        i += item.length;
+        if (item.kind == TEXT_ITEM_CONTROL) {
+            if (item.control == 1) {
+                x = (float)(int32_t)item.arg;
+            } else if (item.control == 2) {
+                float ratio = (float)((item.arg & 0xFFFF) * 0.00390625);
+                s = ratio * sx0;
+                sy = ratio * sy0;
+                int16_t v = (int16_t)(item.arg >> 16);
+                int32_t newoff = (int32_t)((float)v * (H * sy0) + 128.0) / 256;
+                y = ((float)off + y) - (float)newoff;
+                off = newoff;
+            }
+            continue;
+        }
+        if (item.code == 10) {
+            x = 0.0f;
+            y += (float)(trunc((double)(H * sy) + 0.5) + 1);
+            continue;
+        }
+        if (item.code >= FONT_CODES)
+            continue;
+        float gw = (float)root->glyph_w[item.code];
+        float px = x;
+        x += (float)trunc((double)(gw * s) * g + (0.5 + sp));
+        if (item.code == ' ')
+            continue;
+        if (root->ink_bottom[item.code] == 0)
+            continue;
+        // the inked rows of the glyph's quad, which is a whole line box
+        float qtop = y + sy * root->ink_top[item.code];
+        float qbottom = y + sy * root->ink_bottom[item.code];
+        if (!any || qtop < e.top)
+            e.top = qtop;
+        if (!any || qbottom > e.bottom)
+            e.bottom = qbottom;
+        float low = qbottom - slope * px;
+        if (!any || low > e.low)
+            e.low = low;
+        any = true;
+    }
+    if (!any)
+        e.low = e.bottom;
+    return e;
+}

@@ -43,3 +43,19 @@ float text_width(const char *text);
 // The same over at most limit bytes of text: an escape cut by the limit ends
 // the measure (the word look-ahead of bounded drawing measures such pieces).
 float text_width_bytes(const char *text, size_t limit);
+
+// The place a text takes when drawn at (0, 0) with the selected font: the
+// rows its glyphs ink (Font.ink_top, ink_bottom) at the sizes and offsets of
+// its scripts. Pen positions are those of text_width, at least as far right
+// as drawn, and the width is text_width's. For a slanted line y = a + slope *
+// X (pixels down per pixel right) it also gives how low the ink reaches
+// against the slant: a text at (x, y) stays above that line when
+// y + low <= a + slope * x, though its box's corner may not. An empty text
+// takes the box of one empty line.
+struct TextExtent {
+    float width;   // as text_width
+    float top;     // highest inked row; negative where superscripts rise
+    float bottom;  // just below the lowest inked row
+    float low;     // largest (ink bottom - slope * glyph left)
+};
+TextExtent text_extent(const char *text, float slope);
