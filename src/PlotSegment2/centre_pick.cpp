@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include "PlotSegment2/labels.h"
+#include "PlotSegment2/marker_ordinal.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/notation_rows.h"
 #include "support/bignum/bignum.h"
@@ -38,25 +39,14 @@ void centre_pick(WalkRecord r)
 
 char *centre_source(float cx, WalkRecord r, size_t *capacity)
 {
-    // the view of this pass is the marker's column alone
-    WalkRecord column = r;
-    column.minsize = 1.0f;
-    column.left = cx;
-    column.right = cx + 1.0f;
-    centre_dist = CENTRE_NONE;
-    centre_too_deep = false;
-    centre_ord = Ord_zero();
-    walk_line(centre_pick, column);
-
-    char *source = nullptr;
-    if ((double)centre_dist < 1e20) {
-        // scripts are sized for the font the read-out is drawn in
-        font_select("bigger");
-        source = label_source(centre_ord, *notation_row(0), capacity);
-        font_select("normal");
-    }
-    Ord_free(centre_ord);
-    centre_ord = Ord_zero();
+    Ord picked;
+    if (!marker_ordinal(cx, r, &picked))
+        return nullptr;
+    // scripts are sized for the font the read-out is drawn in
+    font_select("bigger");
+    char *source = label_source(picked, *notation_row(0), capacity);
+    font_select("normal");
+    Ord_free(picked);
     return source;
 }
 
