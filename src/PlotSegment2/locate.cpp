@@ -244,7 +244,7 @@ static LocateResult locate_walk(Ord target, Ord top, Decimal line_lo, Decimal li
     return result;
 }
 
-LocateResult locate_ordinal(Ord target, Decimal line_lo, Decimal line_hi, double width)
+static LocateResult locate_walk(Ord target, Decimal line_lo, Decimal line_hi, double width)
 {
     if (Ord_istop(target) || target.count == 0) {
         // the two ends of the line stand in the first view
@@ -284,4 +284,19 @@ void locate_view_ends(Decimal line_lo, Decimal line_hi, Decimal centre, Decimal 
 {
     *lo = view_place(line_lo, centre, zoom, column);
     *hi = view_place(line_hi, centre, zoom, column);
+}
+
+LocateResult locate_ordinal(Ord target, Decimal line_lo, Decimal line_hi, double width)
+{
+    // the frame's work and memory limits are for drawing; locate's own walk
+    // is bounded by its depth and index limits, and must see every member
+    uint64_t work = ord_work_left, big = ord_work_big, memory = ord_memory_limit;
+    ord_work_left = UINT64_MAX;
+    ord_work_big = 0;
+    ord_memory_limit = UINT64_MAX;
+    LocateResult r = locate_walk(target, line_lo, line_hi, width);
+    ord_work_left = work;
+    ord_work_big = big;
+    ord_memory_limit = memory;
+    return r;
 }

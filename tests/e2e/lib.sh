@@ -405,6 +405,7 @@ app_goto() {  # app_goto TEXT [PASTE]
     fi
     sleep 0.2
     xdotool key Return
+}
 
 # Resizes the window and gives the frames time to follow.
 app_resize() {  # app_resize W H
