@@ -54,7 +54,7 @@ void depth_readout_reserve(Bignum view_lo, Bignum view_hi)
 {
     char buffer[256];
     float width = depth_text(view_lo, view_hi, buffer, sizeof buffer);
-    text_box_add(BOX_STATUS, TextBox{0.0f, 0.0f, width + 2.0f, (float)text_height}, buffer);
+    text_box_add(BOX_DEPTH, TextBox{0.0f, 0.0f, width + 2.0f, (float)text_height}, buffer);
     font_select("normal");
 }
 

@@ -9,7 +9,7 @@
 #include "support/gl/screen.h"
 
 static const char *const box_kind_names[BOX_KINDS] = {"label", "readout", "legend", "panel",
-                                                      "status"};
+                                                      "status", "depth"};
 
 // The report's path, and a temporary beside it; read at the first frame.
 static bool report_checked = false;

@@ -98,9 +98,9 @@ sleep 0.5
 check "Escape closes the field and leaves the program running" kill -0 "$APP_PID"
 check "the field is gone" [ "$(tinted_count "$(shot closed)" $W 24 0 $((H - 24)) 255,128,128)" -eq 0 ]
 
-# where am I: the zoom depth at the top, left of the legend, in its blue-grey
-check "the depth read-out stands left of the legend" \
-    [ "$(tinted_count "$(shot depth)" 200 20 400 0 144,144,192)" -gt 30 ]
+# where am I: the zoom depth at the top left, in its blue-grey
+check "the depth read-out stands at the top left" \
+    [ "$(tinted_count "$(shot depth)" 200 20 0 0 144,144,192)" -gt 30 ]
 
 # F1 shows the keys table over everything (inputs in yellow, actions in
 # white), F1 hides it, and H shows it readable in a small window too

@@ -23,6 +23,7 @@ enum TextBoxKind : uint32_t {
     BOX_LEGEND,   // the legend of the tick colours
     BOX_PANEL,    // the notation rows and their add line
     BOX_STATUS,   // the frame rate and the arena read-out
+    BOX_DEPTH,    // the zoom depth at the top left
     BOX_KINDS,
 };
 
