@@ -309,11 +309,3 @@ void expansion_cache_frame()
     }
     cache_shrink(cache_frame, expansion_cache_budget);
 }
-
-void expansion_cache_clear()
-{
-    cache_start();
-    for (uint32_t i = 0; i < cache_entries.count; i++)
-        if (entry_at(i)->live && entry_at(i)->parent == CACHE_NONE)
-            entry_evict(i);
-}

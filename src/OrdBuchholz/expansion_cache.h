@@ -72,5 +72,3 @@ void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m);
 
 // A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.
 void expansion_cache_frame();
-// Evicts everything (the top stays).
-void expansion_cache_clear();

@@ -52,11 +52,10 @@ bool ordtool_read_ord(const char *text, Ord *out);
 // coefficient, so omega.4000000000 would be tens of gigabytes.
 constexpr double ORDTOOL_MAX_TEXT = 64e6;
 
-// The length of Ord_tostring(x, row), or more than `limit` when it is longer:
-// written by the notation's own iterative writer, which stops past `limit`.
-double ordtool_text_length(Ord x, const NotationRow *row, double limit);
-// False, with a message, if the text of x in `row` would exceed ORDTOOL_MAX_TEXT.
-bool ordtool_text_fits(Ord x, const NotationRow *row);
+// Ord_tostring(x, row), a heap text, or null when it would be longer than
+// `limit` bytes: the notation's own iterative writer stops just past it, so a
+// text too long to write is never written whole.
+char *ordtool_text(Ord x, const NotationRow *row, double limit);
 
 // Bytes of term arrays past which `line` leaves intervals undivided ("too
 // deep") rather than take the machine's memory.

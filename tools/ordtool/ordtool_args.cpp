@@ -107,27 +107,17 @@ bool ordtool_read_ord(const char *text, Ord *out)
     return false;
 }
 
-double ordtool_text_length(Ord x, const NotationRow *row, double limit)
+char *ordtool_text(Ord x, const NotationRow *row, double limit)
 {
     // the notation's own writer, stopped one byte past the limit: exact, and
     // iterative however deep x nests
     size_t stop = limit < 0 ? 1 : limit >= 1e15 ? (size_t)1e15 : (size_t)limit + 1;
     bool cut;
     char *text = Ord_tostring_limit(x, row, stop, &cut);
-    double n = cut ? (double)stop + 1 : (double)strlen(text);
+    if (strlen(text) <= limit)
+        return text;
     free(text);
-    return n;
-}
-
-bool ordtool_text_fits(Ord x, const NotationRow *row)
-{
-    double n = ordtool_text_length(x, row, ORDTOOL_MAX_TEXT);
-    if (n <= ORDTOOL_MAX_TEXT)
-        return true;
-    ordtool_fail("the text would be too long with alpha.n off (over %.0f bytes); "
-                 "turn alpha.n on in --row",
-                 ORDTOOL_MAX_TEXT);
-    return false;
+    return nullptr;
 }
 
 const char *ordtool_quote(const char *text)

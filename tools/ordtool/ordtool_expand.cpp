@@ -1,10 +1,12 @@
 // ordtool expand: the first members of a fundamental sequence, one per line.
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_parse.h"
+#include "support/report/report.h"
 #include "tools/ordtool/ordtool.h"
 
 // Most members asked for at once. Member i of a sequence that iterates a
@@ -84,12 +86,20 @@ int ordtool_expand(int argc, char **argv)
         return ORDTOOL_FAILED;
     }
 
-    // every member's text is counted before any is written
+    // every member's text is made before any is written, within the limit
     OrdExpansion e = Ord_expandfresh(x, (int32_t)n);
+    char **texts = (char **)calloc((size_t)e.n, sizeof(char *));
+    if (!texts)
+        REPORT(REPORT_FATAL, "Out of memory for the members' texts", 0);
     double total = 0;
-    for (int32_t i = 0; i < e.n && total <= ORDTOOL_MAX_TEXT; i++)
-        total += ordtool_text_length(e.seq[i], &args.row, ORDTOOL_MAX_TEXT - total) + 1;
+    for (int32_t i = 0; i < e.n && total <= ORDTOOL_MAX_TEXT; i++) {
+        texts[i] = ordtool_text(e.seq[i], &args.row, ORDTOOL_MAX_TEXT - total);
+        total = texts[i] ? total + (double)strlen(texts[i]) + 1 : ORDTOOL_MAX_TEXT + 1;
+    }
     if (total > ORDTOOL_MAX_TEXT) {
+        for (int32_t i = 0; i < e.n; i++)
+            free(texts[i]);
+        free(texts);
         Ord_freeexpansion(e);
         Ord_free(x);
         return ordtool_fail("the members' texts would be too long (over %.0f bytes); "
@@ -97,10 +107,10 @@ int ordtool_expand(int argc, char **argv)
                             ORDTOOL_MAX_TEXT);
     }
     for (int32_t i = 0; i < e.n; i++) {
-        char *text = Ord_tostring(e.seq[i], &args.row);
-        printf("%s\n", text);
-        free(text);
+        printf("%s\n", texts[i]);
+        free(texts[i]);
     }
+    free(texts);
     Ord_freeexpansion(e);
     Ord_free(x);
     return 0;

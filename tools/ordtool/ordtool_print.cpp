@@ -14,11 +14,13 @@ int ordtool_print(int argc, char **argv)
     Ord x;
     if (!ordtool_read_ord(args.positional[0], &x))
         return ORDTOOL_FAILED;
-    if (!ordtool_text_fits(x, &args.row)) {
+    char *text = ordtool_text(x, &args.row, ORDTOOL_MAX_TEXT);
+    if (!text) {
         Ord_free(x);
-        return ORDTOOL_FAILED;
+        return ordtool_fail("the text would be too long with alpha.n off (over %.0f bytes); "
+                            "turn alpha.n on in --row",
+                            ORDTOOL_MAX_TEXT);
     }
-    char *text = Ord_tostring(x, &args.row);
     printf("%s\n", text);
     free(text);
     Ord_free(x);

@@ -78,15 +78,7 @@ static float text_walk(const char *text, uint32_t colour, float x, float y, floa
             } else if (item.control == 1) {
                 x = (float)(int32_t)item.arg;
             } else if (item.control == 2) {
-                float ratio = (float)((item.arg & 0xFFFF) * 0.00390625);
-                int16_t v = (int16_t)(item.arg >> 16);
-                sx = sx0 * ratio;
-                sy = ratio * sy0;
-                // offsets state the distance from the line: y goes back to it first
-                int32_t newoff =
-                    (int32_t)((float)v * ((float)root->height * sy0) + 128.0) / 256;
-                y = ((float)off + y) - (float)newoff;
-                off = newoff;
+                text_script_step(item.arg, sx0, sy0, (float)root->height, &sx, &sy, &off, &y);
                 // resolving may make a variant, which binds: never inside a batch
                 glEnd();
                 font_select_spec(FontSpec{root, sx, sy, saved.skew, saved.boldness,

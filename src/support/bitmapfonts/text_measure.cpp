@@ -105,13 +105,7 @@ TextExtent text_extent(const char *text, float slope)
             if (item.control == 1) {
                 x = (float)(int32_t)item.arg;
             } else if (item.control == 2) {
-                float ratio = (float)((item.arg & 0xFFFF) * 0.00390625);
-                s = ratio * sx0;
-                sy = ratio * sy0;
-                int16_t v = (int16_t)(item.arg >> 16);
-                int32_t newoff = (int32_t)((float)v * (H * sy0) + 128.0) / 256;
-                y = ((float)off + y) - (float)newoff;
-                off = newoff;
+                text_script_step(item.arg, sx0, sy0, H, &s, &sy, &off, &y);
             }
             continue;
         }

@@ -44,6 +44,23 @@ float text_width(const char *text);
 // the measure (the word look-ahead of bounded drawing measures such pieces).
 float text_width_bytes(const char *text, size_t limit);
 
+// The script state after a size-and-offset control (markup control 2), as the
+// drawing and the measuring walks both keep it: the scales are the base
+// scales times the control's ratio, and y moves to the new offset, in pixels
+// up from the line (offsets state the distance from the line, so y goes back
+// to it first). height is the root font's line height.
+inline void text_script_step(uint32_t arg, float sx0, float sy0, float height, float *sx,
+                             float *sy, int32_t *off, float *y)
+{
+    float ratio = (float)((arg & 0xFFFF) * 0.00390625);
+    int16_t v = (int16_t)(arg >> 16);
+    *sx = sx0 * ratio;
+    *sy = ratio * sy0;
+    int32_t newoff = (int32_t)((float)v * (height * sy0) + 128.0) / 256;
+    *y = ((float)*off + *y) - (float)newoff;
+    *off = newoff;
+}
+
 // The place a text takes when drawn at (0, 0) with the selected font: the
 // rows its glyphs ink (Font.ink_top, ink_bottom) at the sizes and offsets of
 // its scripts. Pen positions are those of text_width, at least as far right
