@@ -55,6 +55,9 @@ constexpr double CONVERGE_LOG_STEP = 0.35424931672389404;
 // that the steps' rounding has long stopped mattering at the scale of the
 // view (a view that needs more is right at a limit).
 constexpr int32_t SEGMENT_STEPPED_TICKS = 1000;
+// Limbs below which no interval is wide enough for SEGMENT_STEPPED_TICKS + 100
+// ticks: 0.7017^1100 is about 10^-169.
+constexpr uint32_t SEGMENT_COUNT_LIMBS = 42;
 
 // The position j ticks on from p toward xhi without the ticks between:
 // xhi - (xhi - p) * 0.7017^j, to about 1e-8 of the distance left.
@@ -124,7 +127,10 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted)
     // far more ticks than are ever stepped: counted by logarithms from the
     // start (the margin covers every rounding of the steps)
     *counted = false;
-    if (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+    // only an interval over about 10^165 pixels wide can need that many (the
+    // stop is at least 0.0001 px): shorter positions skip the logarithms
+    bool long_enough = r.xlo.n >= SEGMENT_COUNT_LIMBS || r.xhi.n >= SEGMENT_COUNT_LIMBS;
+    if (long_enough && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         Bignum stop = converging_stop(r);
         double estimate = ticks_before(r.xhi, p, stop);
         Bignum_free(stop);
