@@ -1,0 +1,906 @@
+// Ropes of frames: interning in two stores, balanced joins, cuts, hashed
+// comparison and the search from the end.
+#include "OrdBuchholz/ord_rope.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include "ord/dynarray.h"
+#include "support/report/report.h"
+
+// ---- constants ----
+
+// The modulus of both hashes, 2^61 - 1: a product of two residues fits 128
+// bits and reduces with a shift and an add.
+constexpr uint64_t HASH_P = (1ull << 61) - 1;
+// The two bases, primitive roots mod HASH_P picked at random once, so base^n
+// runs through all of p - 1 values before it repeats.
+constexpr uint64_t HASH_BASE[2] = {0x1a13c1924d52bc61ull, 0x1e742d0e2456de76ull};
+// Seeds of the two letter mixes, independent of each other.
+constexpr uint64_t LETTER_SEED[2] = {0x243f6a8885a308d3ull, 0x13198a2e03707344ull};
+// Nodes per block of a store: blocks are never moved, so nodes stay put.
+constexpr uint32_t NODES_PER_BLOCK = 512;
+// Slots of a table when it is first used.
+constexpr uint32_t TABLE_FIRST_CAPACITY = 64;
+
+// ---- types ----
+
+// A frame as a store holds it: the record, its letters, then its terms in the
+// same heap block.
+struct RopeFrameRec {
+    RopeFrame frame;     // level.terms points just past this record
+    uint64_t letter[2];  // the frame's value in each hash, 1 .. p - 1
+    uint32_t id;
+};
+
+// An open-addressing table of pointers with linear probing; grows at three
+// quarters full and never removes (stores are emptied whole).
+struct RopeTable {
+    void **slots;       // capacity slots, a power of two; null is empty
+    uint32_t capacity;  // 0 before first use
+    uint32_t count;
+};
+
+struct RopeStore {
+    RopeTable frames_by_content;  // of RopeFrameRec*
+    RopeTable nodes_by_key;       // of RopeNode*
+    DynArray frames;              // of RopeFrameRec*, by id without the store bit
+    DynArray blocks;              // of RopeNode*, NODES_PER_BLOCK nodes each
+    uint32_t block_used;          // nodes handed out of the last block
+    uint64_t bytes;               // heap bytes held
+    bool ready;                   // the arrays are initialised
+    bool temporary;               // this is the temporary store
+};
+
+// Search state of one rope_find_last: a node, where it starts, and whether
+// its children are done.
+struct RopeVisit {
+    const RopeNode *node;
+    RopeLen offset;
+    bool children_done;
+};
+
+// the header promises this size to whoever budgets the store
+static_assert(sizeof(RopeNode) == 136, "RopeNode changed size");
+
+// ---- globals ----
+
+bool rope_too_long = false;
+
+// The store of heap mode; starts empty.
+static RopeStore rope_heap = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, false};
+// The store of arena mode; starts empty and is emptied at every rewind.
+static RopeStore rope_temp = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, true};
+// Scratch of the joins and cuts (RopeNode*), kept between calls to spare the
+// heap; no call here is re-entered, so one of each is enough.
+static DynArray rope_spine;
+static DynArray rope_pieces;
+static bool rope_scratch_ready = false;
+
+// ---- lengths inside a rope ----
+
+// a + b where the caller knows it cannot pass 512 bits (a part of a rope).
+static RopeLen len_add(RopeLen a, RopeLen b)
+{
+    RopeLen r;
+    if (!RopeLen_add(&r, a, b))
+        REPORT(REPORT_FATAL, "A rope length overflowed inside a rope", 0);
+    return r;
+}
+
+// a * k under the same promise.
+static RopeLen len_mul(RopeLen a, uint64_t k)
+{
+    RopeLen r;
+    if (!RopeLen_mulsmall(&r, a, k))
+        REPORT(REPORT_FATAL, "A rope length overflowed inside a rope", 0);
+    return r;
+}
+
+// ---- hash arithmetic mod 2^61 - 1 ----
+
+static uint64_t mod_reduce(unsigned __int128 z)
+{
+    // 2^61 = 1 mod p: fold the high bits onto the low ones
+    uint64_t r = (uint64_t)(z & HASH_P) + (uint64_t)(z >> 61);
+    r = (r & HASH_P) + (r >> 61);
+    return r >= HASH_P ? r - HASH_P : r;
+}
+
+static uint64_t mod_mul(uint64_t a, uint64_t b)
+{
+    return mod_reduce((unsigned __int128)a * b);
+}
+
+static uint64_t mod_add(uint64_t a, uint64_t b)
+{
+    uint64_t s = a + b;  // both below 2^61: no wrap
+    return s >= HASH_P ? s - HASH_P : s;
+}
+
+// x^k and 1 + x + ... + x^(k-1), by the bits of k from the top:
+// doubling m gives S(2m) = S(m)(1 + x^m), adding one gives S(m+1) = S(m)x + 1.
+static void mod_geometric(uint64_t x, uint64_t k, uint64_t *power, uint64_t *sum)
+{
+    uint64_t pw = 1, s = 0;
+    for (int32_t bit = 63; bit >= 0; bit--) {
+        s = mod_mul(s, mod_add(1, pw));
+        pw = mod_mul(pw, pw);
+        if ((k >> bit) & 1) {
+            s = mod_add(mod_mul(s, x), 1);
+            pw = mod_mul(pw, x);
+        }
+    }
+    *power = pw;
+    *sum = s;
+}
+
+// One 64-bit word mixed into a running hash (the finaliser of splitmix64).
+static uint64_t mix(uint64_t h, uint64_t word)
+{
+    h ^= word + 0x9E3779B97F4A7C15ull;
+    h ^= h >> 30;
+    h *= 0xBF58476D1CE4E5B9ull;
+    h ^= h >> 27;
+    h *= 0x94D049BB133111EBull;
+    return h ^ (h >> 31);
+}
+
+// ---- tables ----
+
+static void *checked_malloc(size_t bytes, const char *what)
+{
+    void *p = malloc(bytes);
+    if (!p)
+        REPORT(REPORT_FATAL, what, 0);
+    return p;
+}
+
+// The slot where an entry equal to key sits, or the empty slot it would take.
+static uint32_t table_probe(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
+                            const void *key)
+{
+    uint32_t mask = t->capacity - 1;
+    for (uint32_t i = (uint32_t)hash & mask;; i = (i + 1) & mask)
+        if (!t->slots[i] || same(t->slots[i], key))
+            return i;
+}
+
+static void *table_find(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
+                        const void *key)
+{
+    return t->capacity ? t->slots[table_probe(t, hash, same, key)] : nullptr;
+}
+
+static bool same_pointer(const void *entry, const void *key)
+{
+    return entry == key;
+}
+
+// Adds an entry known to be absent, growing first when three quarters full.
+static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t (*hash_of)(const void *),
+                      uint64_t *bytes)
+{
+    if ((t->count + 1) * 4 > t->capacity * 3) {
+        RopeTable old = *t;
+        t->capacity = old.capacity ? old.capacity * 2 : TABLE_FIRST_CAPACITY;
+        t->slots = (void **)calloc(t->capacity, sizeof(void *));
+        if (!t->slots)
+            REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
+        for (uint32_t i = 0; i < old.capacity; i++)
+            if (old.slots[i])
+                t->slots[table_probe(t, hash_of(old.slots[i]), same_pointer, old.slots[i])] = old.slots[i];
+        free(old.slots);
+        *bytes += (uint64_t)(t->capacity - old.capacity) * sizeof(void *);
+    }
+    t->slots[table_probe(t, hash, same_pointer, entry)] = entry;
+    t->count++;
+}
+
+static void table_free(RopeTable *t)
+{
+    free(t->slots);
+    *t = RopeTable{nullptr, 0, 0};
+}
+
+// ---- stores ----
+
+static void scratch_ready()
+{
+    if (rope_scratch_ready)
+        return;
+    DynArray_init(&rope_spine, sizeof(RopeNode *), 64);
+    DynArray_init(&rope_pieces, sizeof(RopeNode *), 64);
+    rope_scratch_ready = true;
+}
+
+static void store_ready(RopeStore *s)
+{
+    if (s->ready)
+        return;
+    DynArray_init(&s->frames, sizeof(RopeFrameRec *), 64);
+    DynArray_init(&s->blocks, sizeof(RopeNode *), 16);
+    s->block_used = NODES_PER_BLOCK;
+    s->bytes = 0;
+    // persistent ids start at 1: 0 is never a frame
+    if (!s->temporary) {
+        RopeFrameRec *none = nullptr;
+        DynArray_append(&s->frames, &none);
+    }
+    s->ready = true;
+}
+
+static void store_empty(RopeStore *s)
+{
+    if (!s->ready)
+        return;
+    for (uint32_t i = 0; i < s->frames.count; i++)
+        free(*DynArray_at<RopeFrameRec *>(&s->frames, i));
+    for (uint32_t i = 0; i < s->blocks.count; i++)
+        free(*DynArray_at<RopeNode *>(&s->blocks, i));
+    DynArray_free(&s->frames);
+    DynArray_free(&s->blocks);
+    table_free(&s->frames_by_content);
+    table_free(&s->nodes_by_key);
+    s->bytes = 0;
+    s->ready = false;
+}
+
+// The store that new things go to in the current memory mode.
+static RopeStore *store_now()
+{
+    RopeStore *s = ord_arena ? &rope_temp : &rope_heap;
+    store_ready(s);
+    return s;
+}
+
+static RopeNode *store_node(RopeStore *s)
+{
+    if (s->block_used == NODES_PER_BLOCK) {
+        size_t bytes = NODES_PER_BLOCK * sizeof(RopeNode);
+        RopeNode *block = (RopeNode *)checked_malloc(bytes, "Out of memory for rope nodes");
+        DynArray_append(&s->blocks, &block);
+        s->bytes += bytes;
+        s->block_used = 0;
+    }
+    RopeNode *block = *DynArray_at<RopeNode *>(&s->blocks, s->blocks.count - 1);
+    RopeNode *n = &block[s->block_used++];
+    memset(n, 0, sizeof *n);
+    return n;
+}
+
+void rope_store_rewind()
+{
+    store_empty(&rope_temp);
+}
+
+void rope_store_clear()
+{
+    store_empty(&rope_temp);
+    store_empty(&rope_heap);
+    if (rope_scratch_ready) {
+        DynArray_free(&rope_spine);
+        DynArray_free(&rope_pieces);
+        rope_scratch_ready = false;
+    }
+}
+
+uint64_t rope_store_bytes()
+{
+    return rope_heap.bytes;
+}
+
+// ---- frames ----
+
+static uint64_t frame_hash_of(const void *entry)
+{
+    return ((const RopeFrameRec *)entry)->letter[0];
+}
+
+// Same hole and, term by term, the same coef and the same sub and arg arrays.
+static bool frame_same(const void *entry, const void *key)
+{
+    const RopeFrameRec *x = (const RopeFrameRec *)entry, *y = (const RopeFrameRec *)key;
+    if (x->letter[0] != y->letter[0] || x->letter[1] != y->letter[1] || x->frame.hole != y->frame.hole ||
+        x->frame.level.count != y->frame.level.count)
+        return false;
+    for (uint32_t i = 0; i < x->frame.level.count; i++) {
+        const OrdTerm *s = &x->frame.level.terms[i], *t = &y->frame.level.terms[i];
+        if (s->coef != t->coef || s->sub.terms != t->sub.terms || s->sub.count != t->sub.count ||
+            s->arg.terms != t->arg.terms || s->arg.count != t->arg.count)
+            return false;
+    }
+    return true;
+}
+
+static RopeFrameRec *frame_record(uint32_t id)
+{
+    RopeStore *s = (id & ROPE_TEMPORARY_FRAME) ? &rope_temp : &rope_heap;
+    uint32_t index = id & ~ROPE_TEMPORARY_FRAME;
+    if (id == 0 || !s->ready || index >= s->frames.count)
+        return nullptr;
+    return *DynArray_at<RopeFrameRec *>(&s->frames, index);
+}
+
+uint32_t rope_frame(Ord level, uint8_t hole)
+{
+    bool shape = level.count >= 1 && hole <= ROPE_SUB;
+    if (shape) {
+        const OrdTerm *last = Ord_lastterm(level);
+        shape = hole == ROPE_ARG ? last->arg.count == 0 : OrdTerm_isfinite(last);
+    }
+    if (!shape)
+        REPORT(REPORT_FATAL, "A rope frame whose followed field is not blank", 0);
+
+    // the letters mix the content, so equal content spells equal letters in
+    // either store
+    RopeFrameRec key = {RopeFrame{level, hole}, {0, 0}, 0};
+    for (int32_t m = 0; m < 2; m++) {
+        uint64_t h = mix(LETTER_SEED[m], (uint64_t)hole << 32 | level.count);
+        for (uint32_t i = 0; i < level.count; i++) {
+            const OrdTerm *t = &level.terms[i];
+            h = mix(h, t->coef);
+            h = mix(h, (uint64_t)(uintptr_t)t->sub.terms ^ (uint64_t)t->sub.count << 48);
+            h = mix(h, (uint64_t)(uintptr_t)t->arg.terms ^ (uint64_t)t->arg.count << 48);
+        }
+        uint64_t letter = mod_reduce(h);
+        key.letter[m] = letter ? letter : 1;
+    }
+
+    RopeStore *stores[2] = {&rope_heap, &rope_temp};
+    for (int32_t i = 0; i < (ord_arena ? 2 : 1); i++) {
+        RopeFrameRec *found = stores[i]->ready
+            ? (RopeFrameRec *)table_find(&stores[i]->frames_by_content, key.letter[0], frame_same, &key)
+            : nullptr;
+        if (found)
+            return found->id;
+    }
+
+    RopeStore *s = store_now();
+    size_t bytes = sizeof(RopeFrameRec) + (size_t)level.count * sizeof(OrdTerm);
+    RopeFrameRec *rec = (RopeFrameRec *)checked_malloc(bytes, "Out of memory for rope frames");
+    *rec = key;
+    rec->frame.level.terms = (OrdTerm *)(rec + 1);
+    memcpy(rec->frame.level.terms, level.terms, (size_t)level.count * sizeof(OrdTerm));
+    rec->id = s->frames.count | (s->temporary ? ROPE_TEMPORARY_FRAME : 0);
+    DynArray_append(&s->frames, &rec);
+    s->bytes += bytes + sizeof(RopeFrameRec *);
+    table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
+    return rec->id;
+}
+
+const RopeFrame *rope_frame_get(uint32_t id)
+{
+    RopeFrameRec *rec = frame_record(id);
+    return rec ? &rec->frame : nullptr;
+}
+
+// ---- node interning ----
+
+static uint64_t node_hash_of(const void *entry)
+{
+    return ((const RopeNode *)entry)->key_hash;
+}
+
+static bool node_same(const void *entry, const void *key)
+{
+    const RopeNode *x = (const RopeNode *)entry, *y = (const RopeNode *)key;
+    return x->kind == y->kind && x->frame == y->frame && x->a == y->a && x->b == y->b && x->k == y->k;
+}
+
+// The node of key's kind and children, found in a store or made: the derived
+// fields are computed only for a new node.
+static RopeNode *node_intern(RopeNode *key)
+{
+    if (!ord_arena && ((key->a && key->a->temporary) || (key->b && key->b->temporary) ||
+                       (key->frame & ROPE_TEMPORARY_FRAME)))
+        REPORT(REPORT_FATAL, "A persistent rope node would point at a temporary one", 0);
+    uint64_t h = mix(mix(mix(key->kind, key->frame), (uint64_t)(uintptr_t)key->a),
+                     (uint64_t)(uintptr_t)key->b ^ key->k);
+    key->key_hash = (uint32_t)h;
+
+    RopeStore *stores[2] = {&rope_heap, &rope_temp};
+    for (int32_t i = 0; i < (ord_arena ? 2 : 1); i++) {
+        RopeNode *found = stores[i]->ready
+            ? (RopeNode *)table_find(&stores[i]->nodes_by_key, key->key_hash, node_same, key)
+            : nullptr;
+        if (found)
+            return found;
+    }
+
+    RopeStore *s = store_now();
+    RopeNode *n = store_node(s);
+    *n = *key;
+    n->temporary = s->temporary;
+    if (n->kind == ROPE_LEAF) {
+        RopeFrameRec *rec = frame_record(n->frame);
+        if (!rec)
+            REPORT(REPORT_FATAL, "A rope leaf of a frame that is not held", 0);
+        n->len = RopeLen_small(1);
+        n->height = 1;
+        for (int32_t m = 0; m < 2; m++) {
+            n->hash[m] = rec->letter[m];
+            n->power[m] = HASH_BASE[m];
+        }
+    } else if (n->kind == ROPE_CONCAT) {
+        n->len = len_add(n->a->len, n->b->len);
+        n->height = 1 + (n->a->height > n->b->height ? n->a->height : n->b->height);
+        for (int32_t m = 0; m < 2; m++) {
+            n->hash[m] = mod_add(mod_mul(n->a->hash[m], n->b->power[m]), n->b->hash[m]);
+            n->power[m] = mod_mul(n->a->power[m], n->b->power[m]);
+        }
+    } else {
+        n->len = len_mul(n->a->len, n->k);
+        n->height = 1 + n->a->height;
+        for (int32_t m = 0; m < 2; m++) {
+            uint64_t sum;
+            mod_geometric(n->a->power[m], n->k, &n->power[m], &sum);
+            n->hash[m] = mod_mul(n->a->hash[m], sum);
+        }
+    }
+    table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
+    return n;
+}
+
+static RopeNode *make_concat(RopeNode *a, RopeNode *b)
+{
+    RopeNode key = {};
+    key.kind = ROPE_CONCAT;
+    key.a = a;
+    key.b = b;
+    return node_intern(&key);
+}
+
+// t^k with k >= 1; a repeat of a repeat folds into one while the count fits.
+static RopeNode *make_repeat(RopeNode *t, uint64_t k)
+{
+    if (k == 1)
+        return t;
+    uint64_t folded;
+    if (t->kind == ROPE_REPEAT && !__builtin_mul_overflow(t->k, k, &folded)) {
+        k = folded;
+        t = t->a;
+    }
+    RopeNode key = {};
+    key.kind = ROPE_REPEAT;
+    key.a = t;
+    key.k = k;
+    return node_intern(&key);
+}
+
+// ---- balanced joins ----
+
+static uint32_t height(const RopeNode *n)
+{
+    return n ? n->height : 0;
+}
+
+// The two parts of a concat or repeat. A repeat is cut into one copy and the
+// rest, the copy on the side `copy_right` says: that side is one level lower.
+static void expose(RopeNode *n, bool copy_right, RopeNode **l, RopeNode **r)
+{
+    if (n->kind == ROPE_CONCAT) {
+        *l = n->a;
+        *r = n->b;
+    } else if (copy_right) {
+        *l = make_repeat(n->a, n->k - 1);
+        *r = n->a;
+    } else {
+        *l = n->a;
+        *r = make_repeat(n->a, n->k - 1);
+    }
+}
+
+static void spine_push(RopeNode *n)
+{
+    DynArray_append(&rope_spine, &n);
+}
+
+static RopeNode *spine_pop()
+{
+    return *DynArray_at<RopeNode *>(&rope_spine, --rope_spine.count);
+}
+
+// l then t, where t came back from the right spine of a taller rope and may
+// stand two levels above l: the AVL rotations.
+static RopeNode *attach_right(RopeNode *l, RopeNode *t)
+{
+    if (t->height <= l->height + 1)
+        return make_concat(l, t);
+    RopeNode *tl = t->a, *tr = t->b;  // t is a concat: joins only make those
+    if (tl->height <= tr->height)
+        return make_concat(make_concat(l, tl), tr);
+    RopeNode *x, *y;
+    expose(tl, true, &x, &y);
+    return make_concat(make_concat(l, x), make_concat(y, tr));
+}
+
+// The mirror image: t came back from the left spine and r stands right of it.
+static RopeNode *attach_left(RopeNode *t, RopeNode *r)
+{
+    if (t->height <= r->height + 1)
+        return make_concat(t, r);
+    RopeNode *tl = t->a, *tr = t->b;
+    if (tr->height <= tl->height)
+        return make_concat(tl, make_concat(tr, r));
+    RopeNode *x, *y;
+    expose(tr, false, &x, &y);
+    return make_concat(make_concat(tl, x), make_concat(y, r));
+}
+
+// a then b, balanced: the shorter rope is hung into the taller one's spine at
+// its own height and the rotations repair the way back up. Lengths are the
+// caller's care. O(height difference) nodes.
+static RopeNode *join(RopeNode *a, RopeNode *b)
+{
+    if (!a)
+        return b;
+    if (!b)
+        return a;
+    scratch_ready();
+    uint32_t base = rope_spine.count;
+    if (a->height > b->height + 1) {
+        RopeNode *n = a, *l, *c;
+        while (n->height > b->height + 1) {
+            expose(n, true, &l, &c);
+            spine_push(l);
+            n = c;
+        }
+        RopeNode *t = make_concat(n, b);
+        while (rope_spine.count > base)
+            t = attach_right(spine_pop(), t);
+        return t;
+    }
+    if (b->height > a->height + 1) {
+        RopeNode *n = b, *c, *r;
+        while (n->height > a->height + 1) {
+            expose(n, false, &c, &r);
+            spine_push(r);
+            n = c;
+        }
+        RopeNode *t = make_concat(a, n);
+        while (rope_spine.count > base)
+            t = attach_left(t, spine_pop());
+        return t;
+    }
+    return make_concat(a, b);
+}
+
+// ---- constructors ----
+
+RopeNode *rope_leaf(uint32_t frame)
+{
+    RopeNode key = {};
+    key.kind = ROPE_LEAF;
+    key.frame = frame;
+    return node_intern(&key);
+}
+
+// Fatal when heap mode is handed a temporary node (checked at the entry, so
+// that nothing is built before the fault).
+static void check_mode(const RopeNode *n)
+{
+    if (!ord_arena && n && n->temporary)
+        REPORT(REPORT_FATAL, "A temporary rope was handed to a rope operation in heap mode", 0);
+}
+
+RopeNode *rope_concat(RopeNode *a, RopeNode *b)
+{
+    check_mode(a);
+    check_mode(b);
+    if (!a || !b)
+        return a ? a : b;
+    RopeLen len;
+    if (!RopeLen_add(&len, a->len, b->len)) {
+        rope_too_long = true;
+        return nullptr;
+    }
+    return join(a, b);
+}
+
+RopeNode *rope_repeat(RopeNode *t, uint64_t k)
+{
+    check_mode(t);
+    if (!t || k == 0)
+        return nullptr;
+    RopeLen len;
+    if (!RopeLen_mulsmall(&len, t->len, k)) {
+        rope_too_long = true;
+        return nullptr;
+    }
+    return make_repeat(t, k);
+}
+
+static void piece_push(RopeNode *n)
+{
+    DynArray_append(&rope_pieces, &n);
+}
+
+RopeNode *rope_take(RopeNode *n, RopeLen len)
+{
+    check_mode(n);
+    if (!n || RopeLen_iszero(len))
+        return nullptr;
+    if (RopeLen_cmp(len, n->len) >= 0)
+        return n;
+    scratch_ready();
+    uint32_t base = rope_pieces.count;
+    // the whole parts left of the cut, outermost first, then what the cut
+    // leaves of the innermost node
+    RopeNode *last = nullptr;
+    while (!RopeLen_iszero(len)) {
+        if (RopeLen_cmp(len, n->len) == 0) {
+            last = n;
+            break;
+        }
+        if (n->kind == ROPE_CONCAT) {
+            if (RopeLen_cmp(len, n->a->len) <= 0) {
+                n = n->a;
+            } else {
+                piece_push(n->a);
+                len = RopeLen_sub(len, n->a->len);
+                n = n->b;
+            }
+        } else {
+            /* a repeat: whole copies, then a piece of the next one */
+            uint64_t q;
+            RopeLen_divmod_by(len, n->a->len, &q, &len);  // q < k: it fits
+            if (q)
+                piece_push(make_repeat(n->a, q));
+            n = n->a;
+        }
+    }
+    // joined from the small end, so that each join costs the height step
+    RopeNode *t = last;
+    while (rope_pieces.count > base)
+        t = join(*DynArray_at<RopeNode *>(&rope_pieces, --rope_pieces.count), t);
+    return t;
+}
+
+RopeNode *rope_drop(RopeNode *n, RopeLen len)
+{
+    check_mode(n);
+    if (!n || RopeLen_cmp(len, n->len) >= 0)
+        return nullptr;
+    if (RopeLen_iszero(len))
+        return n;
+    scratch_ready();
+    uint32_t base = rope_pieces.count;
+    // the whole parts right of the cut, outermost first; n ends as what the
+    // cut leaves of the innermost node (null when the cut is at its end)
+    while (n && !RopeLen_iszero(len)) {
+        if (RopeLen_cmp(len, n->len) == 0) {
+            n = nullptr;
+        } else if (n->kind == ROPE_CONCAT) {
+            if (RopeLen_cmp(len, n->a->len) < 0) {
+                piece_push(n->b);
+                n = n->a;
+            } else {
+                len = RopeLen_sub(len, n->a->len);
+                n = n->b;
+            }
+        } else {
+            uint64_t q;
+            RopeLen_divmod_by(len, n->a->len, &q, &len);
+            if (RopeLen_iszero(len)) {
+                n = make_repeat(n->a, n->k - q);
+            } else {
+                if (n->k - q - 1)
+                    piece_push(make_repeat(n->a, n->k - q - 1));
+                n = n->a;
+            }
+        }
+    }
+    RopeNode *t = n;
+    while (rope_pieces.count > base)
+        t = join(t, *DynArray_at<RopeNode *>(&rope_pieces, --rope_pieces.count));
+    return t;
+}
+
+// ---- reading ----
+
+RopeLen rope_length(const RopeNode *n)
+{
+    return n ? n->len : RopeLen_small(0);
+}
+
+uint32_t rope_height(const RopeNode *n)
+{
+    return height(n);
+}
+
+uint32_t rope_first_frame(const RopeNode *n)
+{
+    while (n && n->kind != ROPE_LEAF)
+        n = n->a;
+    return n ? n->frame : 0;
+}
+
+uint32_t rope_last_frame(const RopeNode *n)
+{
+    while (n && n->kind != ROPE_LEAF)
+        n = n->kind == ROPE_CONCAT ? n->b : n->a;
+    return n ? n->frame : 0;
+}
+
+uint32_t rope_frame_at(const RopeNode *n, RopeLen index)
+{
+    if (!n || RopeLen_cmp(index, n->len) >= 0)
+        return 0;
+    while (n->kind != ROPE_LEAF) {
+        if (n->kind == ROPE_REPEAT) {
+            uint64_t q;
+            RopeLen_divmod_by(index, n->a->len, &q, &index);
+            n = n->a;
+        } else if (RopeLen_cmp(index, n->a->len) < 0) {
+            n = n->a;
+        } else {
+            index = RopeLen_sub(index, n->a->len);
+            n = n->b;
+        }
+    }
+    return n->frame;
+}
+
+// The hashes of the first m frames of n (m at most its length): whole parts
+// left of the end are folded in by their stored hashes, whole copies of a
+// repeat by a geometric sum.
+static void prefix_hash(const RopeNode *n, RopeLen m, uint64_t out[2])
+{
+    out[0] = out[1] = 0;
+    while (!RopeLen_iszero(m)) {
+        if (RopeLen_cmp(m, n->len) == 0) {
+            for (int32_t i = 0; i < 2; i++)
+                out[i] = mod_add(mod_mul(out[i], n->power[i]), n->hash[i]);
+            return;
+        }
+        if (n->kind == ROPE_CONCAT) {
+            if (RopeLen_cmp(m, n->a->len) > 0) {
+                for (int32_t i = 0; i < 2; i++)
+                    out[i] = mod_add(mod_mul(out[i], n->a->power[i]), n->a->hash[i]);
+                m = RopeLen_sub(m, n->a->len);
+                n = n->b;
+            } else {
+                n = n->a;
+            }
+        } else {
+            uint64_t q;
+            RopeLen_divmod_by(m, n->a->len, &q, &m);
+            for (int32_t i = 0; i < 2; i++) {
+                uint64_t power, sum;
+                mod_geometric(n->a->power[i], q, &power, &sum);
+                out[i] = mod_add(mod_mul(out[i], power), mod_mul(n->a->hash[i], sum));
+            }
+            n = n->a;
+        }
+    }
+}
+
+// Whether b's frames [s, s + |x| * copies) are x repeated `copies` times,
+// given that hs holds the hashes of b's first s frames (which a shares); on
+// a match hs moves on to the end of the stretch.
+static bool stretch_matches(const RopeNode *b, RopeLen s, uint64_t hs[2], const RopeNode *x,
+                            uint64_t copies)
+{
+    RopeLen end;
+    if (!RopeLen_mulsmall(&end, x->len, copies) || !RopeLen_add(&end, end, s) ||
+        RopeLen_cmp(end, b->len) > 0)
+        return false;
+    uint64_t want[2], got[2];
+    for (int32_t i = 0; i < 2; i++) {
+        uint64_t power, sum;
+        mod_geometric(x->power[i], copies, &power, &sum);
+        want[i] = mod_add(mod_mul(hs[i], power), mod_mul(x->hash[i], sum));
+    }
+    prefix_hash(b, end, got);
+    if (want[0] != got[0] || want[1] != got[1])
+        return false;
+    hs[0] = want[0];
+    hs[1] = want[1];
+    return true;
+}
+
+RopeLen rope_lcp(const RopeNode *a, const RopeNode *b)
+{
+    if (!a || !b)
+        return RopeLen_small(0);
+    if (a == b)
+        return a->len;
+    // a[0, s) equals b[0, s), and n, the part of a from s on, does not match
+    // b whole there: descend n to the first frame that differs
+    RopeLen s = RopeLen_small(0);
+    uint64_t hs[2] = {0, 0};
+    if (stretch_matches(b, s, hs, a, 1))
+        return a->len;
+    const RopeNode *n = a;
+    while (n->kind != ROPE_LEAF) {
+        if (n->kind == ROPE_CONCAT) {
+            if (stretch_matches(b, s, hs, n->a, 1)) {
+                s = len_add(s, n->a->len);
+                n = n->b;
+            } else {
+                n = n->a;
+            }
+            continue;
+        }
+        // a repeat: the most whole copies that match, by bisection (a
+        // prefix of matching copies only grows), then into the next copy
+        uint64_t lo = 0, hi = n->k - 1;
+        while (lo < hi) {
+            uint64_t mid = lo + (hi - lo + 1) / 2;
+            uint64_t trial[2] = {hs[0], hs[1]};
+            if (stretch_matches(b, s, trial, n->a, mid))
+                lo = mid;
+            else
+                hi = mid - 1;
+        }
+        if (lo) {
+            stretch_matches(b, s, hs, n->a, lo);
+            s = len_add(s, len_mul(n->a->len, lo));
+        }
+        n = n->a;
+    }
+    return s;
+}
+
+bool rope_equal(const RopeNode *a, const RopeNode *b)
+{
+    if (a == b)
+        return true;
+    return a && b && RopeLen_cmp(a->len, b->len) == 0 && a->hash[0] == b->hash[0] && a->hash[1] == b->hash[1];
+}
+
+static uint64_t pointer_hash_of(const void *entry)
+{
+    return mix(0, (uint64_t)(uintptr_t)entry);
+}
+
+static void visit_push(DynArray *stack, const RopeNode *n, RopeLen offset, bool children_done)
+{
+    RopeVisit v = {n, offset, children_done};
+    DynArray_append(stack, &v);
+}
+
+RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+{
+    *found = false;
+    RopeLen result = RopeLen_small(0);
+    if (!n)
+        return result;
+    // nodes searched in vain: every other occurrence of them is skipped
+    RopeTable failed = {nullptr, 0, 0};
+    uint64_t table_bytes = 0;
+    DynArray stack;
+    DynArray_init(&stack, sizeof(RopeVisit), 64);
+    visit_push(&stack, n, result, false);
+    while (stack.count) {
+        RopeVisit v = *DynArray_at<RopeVisit>(&stack, --stack.count);
+        void *key = (void *)v.node;
+        if (v.children_done) {
+            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+            continue;
+        }
+        if (table_find(&failed, pointer_hash_of(key), same_pointer, key))
+            continue;
+        if (v.node->kind == ROPE_LEAF) {
+            if (keep(v.node->frame, ctx)) {
+                *found = true;
+                result = v.offset;
+                break;
+            }
+            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+        } else if (v.node->kind == ROPE_CONCAT) {
+            // pushed left first, so the right part is searched first
+            visit_push(&stack, v.node, v.offset, true);
+            visit_push(&stack, v.node->a, v.offset, false);
+            visit_push(&stack, v.node->b, len_add(v.offset, v.node->a->len), false);
+        } else {
+            /* all copies are equal: only the last one is searched */
+            visit_push(&stack, v.node, v.offset, true);
+            visit_push(&stack, v.node->a, len_add(v.offset, len_mul(v.node->a->len, v.node->k - 1)), false);
+        }
+    }
+    DynArray_free(&stack);
+    table_free(&failed);
+    return result;
+}
