@@ -6,6 +6,7 @@
 
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_identity.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "ord/dynarray.h"
 #include "support/report/report.h"
 
@@ -69,10 +70,13 @@ Ord expansion_cache_top()
 static uint64_t expansion_bytes(const OrdExpansion *e)
 {
     uint64_t bytes = (uint64_t)e->n * sizeof(Ord) + (uint64_t)e->keep.capacity * sizeof(Ord);
+    // lazy members are counted with the rope store, not here
     for (int32_t i = 0; i < e->n; i++)
-        bytes += (uint64_t)e->seq[i].count * sizeof(OrdTerm);
+        if (!Ord_islazy(e->seq[i]))
+            bytes += (uint64_t)e->seq[i].count * sizeof(OrdTerm);
     for (uint32_t i = 0; i < e->keep.count; i++)
-        bytes += (uint64_t)DynArray_at<Ord>(&e->keep, i)->count * sizeof(OrdTerm);
+        if (!Ord_islazy(*DynArray_at<Ord>(&e->keep, i)))
+            bytes += (uint64_t)DynArray_at<Ord>(&e->keep, i)->count * sizeof(OrdTerm);
     return bytes;
 }
 
@@ -192,9 +196,30 @@ static uint32_t entry_new(Ord x, uint32_t parent)
     return index;
 }
 
+// Clears of the rope store seen: members held across one are stale.
+static uint64_t cache_rope_clears = 0;
+
+// Evicts every entry.
+static void cache_evict_all()
+{
+    for (uint32_t i = 0; i < cache_entries.count; i++)
+        if (entry_at(i)->live && entry_at(i)->parent == CACHE_NONE)
+            entry_evict(i);
+}
+
+// Evicts everything when the rope store was emptied behind the cache's back
+// (tests do; the frame loop empties it only through expansion_cache_frame).
+static void cache_check_ropes()
+{
+    if (cache_rope_clears != rope_clears)
+        cache_evict_all();
+    cache_rope_clears = rope_clears;
+}
+
 bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansion *out, bool *full)
 {
     cache_start();
+    cache_check_ropes();
     *full = false;
     // only the top is a root: any other ordinal could be freed under its key
     if (parent_handle == CACHE_OFF || (parent_handle == CACHE_ROOT && x.terms != cache_top.terms)) {
@@ -308,4 +333,12 @@ void expansion_cache_frame()
             entry_evict(i);
     }
     cache_shrink(cache_frame, expansion_cache_budget);
+    // the rope store is dropped whole, since its ropes share one another
+    // without counts: everything kept goes with it and is built again
+    cache_check_ropes();
+    if (rope_store_bytes() + ord_lazy_bytes > ROPE_STORE_BUDGET) {
+        cache_evict_all();
+        ord_lazy_clear();
+        cache_rope_clears = rope_clears;
+    }
 }

@@ -50,6 +50,10 @@ extern uint64_t expansion_cache_budget;
 // Bytes held now (term arrays, member and keep arrays of every entry).
 extern uint64_t expansion_cache_bytes;
 
+// Bytes the rope store (OrdBuchholz/ord_lazy.h) may hold between frames;
+// past it, the store and every entry go at the next frame.
+constexpr uint64_t ROPE_STORE_BUDGET = 192ull << 20;
+
 // The top of the line, psi_0(I), built on the heap on first use and never
 // freed; its expansions can be kept because it is always the same value.
 Ord expansion_cache_top();

@@ -39,7 +39,8 @@ Ord Ord_term(uint32_t coef, Ord sub, Ord arg)
 
 void Ord_freearray(Ord x)
 {
-    if (ord_arena || x.count == 0)
+    // a lazy value belongs to the rope store
+    if (ord_arena || x.count == 0 || Ord_islazy(x))
         return;
     ord_heap_bytes -= (uint64_t)x.count * sizeof(OrdTerm);
     free(x.terms);
@@ -53,7 +54,7 @@ static Ord stack_pop(DynArray *stack)
 
 void Ord_free(Ord x)
 {
-    if (ord_arena || x.count == 0)
+    if (ord_arena || x.count == 0 || Ord_islazy(x))
         return;
     // an explicit stack and a visited set: the depth can run to hundreds of
     // thousands of levels, and a value from Ord_clone may reach one array by
@@ -72,7 +73,7 @@ void Ord_free(Ord x)
         for (uint32_t i = 0; i < y.count; i++) {
             const Ord parts[2] = {y.terms[i].sub, y.terms[i].arg};
             for (Ord part : parts)
-                if (part.count && (OrdMap_insert(&seen, part, &added), added))
+                if (part.count && !Ord_islazy(part) && (OrdMap_insert(&seen, part, &added), added))
                     DynArray_append(&todo, &part);
         }
     }
@@ -86,6 +87,7 @@ void Ord_free(Ord x)
 
 Ord Ord_copy(Ord x)
 {
+    x = Ord_force(x);
     Ord copy = Ord_alloc(x.count);
     if (x.count)
         memcpy(copy.terms, x.terms, (size_t)x.count * sizeof(OrdTerm));
@@ -94,8 +96,9 @@ Ord Ord_copy(Ord x)
 
 Ord Ord_clone(Ord x)
 {
-    if (x.count == 0)
-        return Ord_zero();
+    // lazy values are shared, never copied: the rope store keeps them
+    if (x.count == 0 || Ord_islazy(x))
+        return x;
     // one new array for each array of x, shared in the clone where x shares
     // it, so a value built by expansion does not unfold into a tree
     OrdMap copies;
@@ -112,10 +115,10 @@ Ord Ord_clone(Ord x)
         for (uint32_t i = 0; i < y.count; i++) {
             Ord parts[2] = {y.terms[i].sub, y.terms[i].arg};
             for (Ord &part : parts) {
-                if (part.count == 0) {
+                if (part.count == 0)
                     part = Ord_zero();
+                if (part.count == 0 || Ord_islazy(part))
                     continue;
-                }
                 OrdMapSlot *slot = OrdMap_insert(&copies, part, &added);
                 if (added) {
                     slot->value = Ord_alloc(part.count).terms;
@@ -138,6 +141,7 @@ Ord Ord_zero()
 
 bool Ord_isfinite(Ord x)
 {
+    x = Ord_force(x);
     return x.count == 0 || (x.count == 1 && OrdTerm_isfinite(&x.terms[0]));
 }
 
@@ -151,7 +155,8 @@ Ord Ord_maketop()
 
 bool Ord_istop(Ord x)
 {
-    if (x.count != 1 || x.terms[0].coef != 1 || x.terms[0].sub.count != 0)
+    // the top is built whole, never lazy
+    if (Ord_islazy(x) || x.count != 1 || x.terms[0].coef != 1 || x.terms[0].sub.count != 0)
         return false;
     Ord marker = x.terms[0].arg;
     if (marker.count != 1 || marker.terms[0].coef != ORD_COEF_I || marker.terms[0].arg.count)

@@ -16,10 +16,16 @@
 // down and is only for values that own everything below them (Ord_clone,
 // Ord_parse results, the top built by Ord_maketop).
 //
-// Depth. Nesting reaches hundreds of thousands of levels deep in the line, so
-// no operation here or in the arithmetic, the templates, the expansion or the
-// notation recurses once per level: they keep explicit stacks on the heap.
-// Out of memory is a fatal report, never a null dereference.
+// Compressed values. Near the top of the line the nesting runs far past what
+// any memory holds, so such values are lazy (OrdBuchholz/ord_lazy.h): a rope
+// of the levels of their chain of last terms, whose terms are read through
+// Ord_force. Free and clone pass them by; the rope store owns them.
+//
+// Depth. Values held as term arrays still nest hundreds of thousands of
+// levels deep, so no operation here or in the arithmetic, the templates, the
+// expansion or the notation recurses once per level: they keep explicit
+// stacks on the heap. Out of memory is a fatal report, never a null
+// dereference.
 #pragma once
 
 #include <stdint.h>
@@ -28,6 +34,9 @@
 
 // The coefficient that marks I, the limit of 1, Omega, Omega_Omega, ...
 constexpr uint32_t ORD_COEF_I = 0xFFFFFFFFu;
+// The count that marks a lazy value: its `terms` is a rope of the chain
+// (OrdBuchholz/ord_lazy.h), and its terms are read through Ord_force.
+constexpr uint32_t ORD_LAZY = 0xFFFFFFFFu;
 
 struct OrdTerm;
 
@@ -49,6 +58,16 @@ struct Ord {
     uint32_t count;   // number of terms; 0 is the ordinal 0
     OrdTerm *terms;   // largest first; null when count is 0
 };
+
+// True for a value held compressed, whose terms must be read via Ord_force.
+inline bool Ord_islazy(Ord x)
+{
+    return x.count == ORD_LAZY;
+}
+// x itself, or for a lazy x its top array (made once, kept with the rope):
+// whoever reads `count` or `terms` of a value that may be lazy forces it first.
+// Zero and the tests of count against 0 need no forcing: a lazy value is never 0.
+Ord Ord_force(Ord x);
 
 // One term: coef * psi_sub(arg). A term with sub and arg both 0 is the number coef.
 struct OrdTerm {

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "OrdBuchholz/ord_lazy.h"
 #include "support/report/report.h"
 
 // One pair of term arrays under comparison, equal up to term i so far.
@@ -18,14 +19,44 @@ struct CmpFrame {
 static CmpFrame *cmp_stack = nullptr;
 static uint32_t cmp_capacity = 0;
 
-// The result when it can be had without looking inside, else 2. The same
-// array is equal to itself: values built by expansion share most of their
-// parts, so most comparisons end here instead of walking a shared tree.
+// The result when it can be had without looking inside, else 2, or 3 when a
+// lazy value must be opened first. The same array is equal to itself: values
+// built by expansion share most of their parts, so most comparisons end here
+// instead of walking a shared tree.
 static inline int32_t cmp_shallow(Ord x, Ord y)
 {
-    if (x.terms == y.terms || x.count == 0 || y.count == 0)
-        return x.count < y.count ? -1 : x.count > y.count ? 1 : 0;
+    if (x.terms == y.terms && x.count == y.count)
+        return 0;
+    if (x.count == 0 || y.count == 0)
+        return x.count == 0 ? (y.count == 0 ? 0 : -1) : 1;
+    if (Ord_islazy(x) || Ord_islazy(y))
+        return 3;
+    if (x.terms == y.terms)
+        return x.count < y.count ? -1 : 1;
     return 2;
+}
+
+// Opens lazy values for comparison: two ropes agree on their longest common
+// prefix of frames, which is passed over by hash, and the comparison goes on
+// at the first frames that differ (the same frame around two values orders
+// them as the values are ordered). Returns the result, or 2 with *x and *y
+// replaced by term arrays to compare.
+static int32_t cmp_open(Ord *x, Ord *y)
+{
+    if (Ord_islazy(*x) && Ord_islazy(*y)) {
+        RopeNode *a = Ord_lazyrope(*x), *b = Ord_lazyrope(*y);
+        RopeLen common = rope_lcp(a, b);
+        int32_t ends_a = RopeLen_cmp(common, rope_length(a)) == 0;
+        int32_t ends_b = RopeLen_cmp(common, rope_length(b)) == 0;
+        if (ends_a || ends_b)
+            return ends_b - ends_a;
+        *x = Ord_fromrope(rope_drop(a, common));
+        *y = Ord_fromrope(rope_drop(b, common));
+    }
+    *x = Ord_force(*x);
+    *y = Ord_force(*y);
+    int32_t r = cmp_shallow(*x, *y);
+    return r == 3 ? 2 : r;
 }
 
 static CmpFrame *cmp_push(uint32_t depth, Ord x, Ord y)
@@ -45,6 +76,8 @@ static CmpFrame *cmp_push(uint32_t depth, Ord x, Ord y)
 int32_t Ord_cmp(Ord x, Ord y)
 {
     int32_t r = cmp_shallow(x, y);
+    if (r == 3)
+        r = cmp_open(&x, &y);
     if (r != 2)
         return r;
     // a difference anywhere decides at once, so the stack only holds levels
@@ -74,6 +107,8 @@ int32_t Ord_cmp(Ord x, Ord y)
         Ord b = f->stage == 0 ? t->sub : t->arg;
         f->stage++;
         r = cmp_shallow(a, b);
+        if (r == 3)
+            r = cmp_open(&a, &b);
         if (r == 2) {
             f = cmp_push(depth++, a, b);
             continue;
@@ -85,6 +120,7 @@ int32_t Ord_cmp(Ord x, Ord y)
 
 Ord Ord_succ(Ord x)
 {
+    x = Ord_force(x);
     if (x.count && OrdTerm_isfinite(Ord_lastterm(x))) {
         Ord r = Ord_copy(x);
         r.terms[r.count - 1].coef += 1;
@@ -100,6 +136,7 @@ Ord Ord_succ(Ord x)
 
 Ord Ord_pred(Ord x)
 {
+    x = Ord_force(x);
     if (x.count == 0)
         return Ord_zero();
     const OrdTerm *last = Ord_lastterm(x);
@@ -115,6 +152,8 @@ Ord Ord_pred(Ord x)
 
 Ord Ord_add(Ord x, Ord y)
 {
+    x = Ord_force(x);
+    y = Ord_force(y);
     if (x.count == 0)
         return Ord_copy(y);
     if (y.count == 0)
@@ -149,6 +188,7 @@ Ord Ord_add(Ord x, Ord y)
 
 bool Ord_issuccessor(Ord x)
 {
+    x = Ord_force(x);
     return x.count != 0 && OrdTerm_isfinite(Ord_lastterm(x));
 }
 
@@ -156,6 +196,7 @@ bool is_omega_tower(Ord x)
 {
     // walk down the tower iteratively: its height is the nesting depth
     while (x.count) {
+        x = Ord_force(x);
         if (x.count != 1 || x.terms[0].coef != 1 || x.terms[0].sub.count != 0)
             return false;
         x = x.terms[0].arg;

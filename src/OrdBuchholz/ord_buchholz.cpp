@@ -9,15 +9,16 @@
 
 OrdTerm Ord_collapse(OrdTerm t)
 {
-    if (t.arg.count != 1 || t.arg.terms[0].coef != 1)
+    Ord arg = Ord_force(t.arg);
+    if (arg.count != 1 || arg.terms[0].coef != 1)
         return t;
-    const OrdTerm *inner = &t.arg.terms[0];
+    const OrdTerm *inner = &arg.terms[0];
     if (Ord_cmp(t.sub, inner->sub) != 0)
         return t;
     // the inner argument must end above Omega_(a+1) for psi_a(inner) to be a
     // fixed point of psi_a
     Ord y = inner->arg;
-    Ord last_sub = y.count ? Ord_lastterm(y)->sub : Ord_zero();
+    Ord last_sub = y.count ? Ord_lastterm(Ord_force(y))->sub : Ord_zero();
     if (Ord_cmp(last_sub, t.sub) > 0)
         return OrdTerm{t.coef, inner->sub, y};
     return t;
@@ -44,6 +45,7 @@ Ord Ord_makeimpredfn(Ord x)
     Ord tmpl = Ord_zero();
     Ord *slot = &tmpl;
     for (;;) {
+        x = Ord_force(x);
         uint32_t n = x.count;
         const OrdTerm *last = Ord_lastterm(x);
         Ord a = last->sub;
@@ -63,7 +65,7 @@ Ord Ord_makeimpredfn(Ord x)
 
         if (b.count) {
             // the Omega_a lies inside the argument
-            if (OrdTerm_isfinite(Ord_lastterm(b))) {
+            if (OrdTerm_isfinite(Ord_lastterm(Ord_force(b)))) {
                 *tail = OrdTerm{0, Ord_zero(), Ord_zero()};
                 REPORT(REPORT_FATAL, "Successor ordinal argument given to Ord_makeimpredfn", 0);
                 return tmpl;
@@ -71,7 +73,7 @@ Ord Ord_makeimpredfn(Ord x)
             *tail = OrdTerm{1, a, Ord_zero()};
             slot = &tail->arg;
             x = b;
-        } else if (a.count && !OrdTerm_isfinite(Ord_lastterm(a))) {
+        } else if (a.count && !OrdTerm_isfinite(Ord_lastterm(Ord_force(a)))) {
             // Omega_a with a limit subscript: the hole is inside the subscript
             *tail = OrdTerm{1, Ord_zero(), Ord_zero()};
             slot = &tail->sub;
@@ -101,6 +103,7 @@ Ord Ord_substitute(Ord tmpl, Ord p, DynArray *list)
 {
     if (tmpl.count == 0)
         return Ord_zero();
+    p = Ord_force(p);
     // the levels down to the placeholder, top first
     static DynArray levels;
     static bool levels_ready = false;
@@ -150,6 +153,7 @@ Ord Ord_substitute(Ord tmpl, Ord p, DynArray *list)
 // Omega_nu, where everything is reached, so they are not looked into.
 static bool normal_args_below(Ord t, Ord nu, Ord alpha)
 {
+    t = Ord_force(t);
     for (uint32_t i = 0; i < t.count; i++) {
         const OrdTerm *s = &t.terms[i];
         if (Ord_cmp(s->sub, nu) < 0)
@@ -165,6 +169,7 @@ static bool normal_args_below(Ord t, Ord nu, Ord alpha)
 // Normal form of a value that is not the top: I and placeholders are refused.
 static bool normal_form(Ord x)
 {
+    x = Ord_force(x);
     for (uint32_t i = 0; i < x.count; i++) {
         const OrdTerm *t = &x.terms[i];
         if (t->coef == 0 || t->coef == ORD_COEF_I)

@@ -6,6 +6,7 @@
 
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "support/report/report.h"
 
 // Chain of arguments of the current top-level call; empty between calls.
@@ -133,6 +134,172 @@ static OrdExpansion expansion_refused(uint32_t levels)
     return r;
 }
 
+uint32_t ord_rope_levels = 64;
+// Work counted for one member of an expansion on the rope, in member arrays.
+constexpr uint64_t ROPE_MEMBER_COST = 4;
+
+// ---- expansion on the rope ----
+//
+// The same members as the walk below, built as ropes: the frames above the
+// bottom of the chain are shared whole, the template's frames are a slice of
+// x's rope, and member i wraps member i - 1 in it, so a member costs a few
+// rope nodes however long its chain is.
+
+// The term array of a frame's level split as a multiple is: its head terms,
+// then, when the last term's coefficient c is above 1, a copy (c - 1, sub,
+// arg) with `below` in the field the frame follows. The one copy left over is
+// the part that is expanded. Zero when there is nothing in front of it.
+static Ord split_front(const RopeFrame *f, Ord below)
+{
+    const OrdTerm *last = Ord_lastterm(f->level);
+    uint32_t head = f->level.count - 1;
+    bool multiple = last->coef > 1;
+    if (head == 0 && !multiple)
+        return Ord_zero();
+    Ord r = Ord_alloc(head + (multiple ? 1 : 0));
+    if (head)
+        memcpy(r.terms, f->level.terms, (size_t)head * sizeof(OrdTerm));
+    if (multiple) {
+        OrdTerm t = *last;
+        t.coef -= 1;
+        (f->hole == ROPE_ARG ? t.arg : t.sub) = below;
+        r.terms[head] = t;
+    }
+    return r;
+}
+
+// a + b, which stays far below 2^512 for indices into a rope that exists.
+static RopeLen index_add(RopeLen a, RopeLen b)
+{
+    RopeLen r;
+    RopeLen_add(&r, a, b);
+    return r;
+}
+
+static bool frame_is_multiple(uint32_t id, void *)
+{
+    const RopeFrame *f = rope_frame_get(id);
+    return f->hole != ROPE_NONE && Ord_lastterm(f->level)->coef > 1;
+}
+
+// The frames of `part`, which starts at frame `offset` of `whole`, with every
+// multiple split as the expansion and the templates split it: the front part
+// (OrdBuchholz/ord_buchholz.h) goes into the level's head, with the rest of
+// whole's chain below it, and the one copy left over carries the chain on.
+static RopeNode *split_multiples(RopeNode *part, RopeNode *whole, RopeLen offset, DynArray *keep)
+{
+    RopeNode *done = nullptr;
+    for (;;) {
+        bool found = false;
+        RopeLen q = rope_find_last(part, frame_is_multiple, nullptr, &found);
+        if (!found)
+            return rope_concat(part, done);
+        RopeLen one = RopeLen_small(1);
+        RopeLen after = index_add(index_add(offset, q), one);
+        const RopeFrame *f = rope_frame_get(rope_frame_at(part, q));
+        Ord front = split_front(f, Ord_fromrope(rope_drop(whole, after)));
+        // the level: front terms, then one copy with the field still blank
+        Ord level = Ord_alloc(front.count + 1);
+        memcpy(level.terms, front.terms, (size_t)front.count * sizeof(OrdTerm));
+        level.terms[front.count] = *Ord_lastterm(f->level);
+        level.terms[front.count].coef = 1;
+        uint32_t id = rope_frame(level, f->hole);
+        Ord_freearray(level);
+        DynArray_append(keep, &front);
+        done = rope_concat(rope_leaf(id), rope_concat(rope_drop(part, index_add(q, one)), done));
+        part = rope_take(part, q);
+    }
+}
+
+struct SourceSearch {
+    Ord a;  // the subscript of the Omega_a at the bottom
+};
+
+static bool frame_is_source(uint32_t id, void *ctx)
+{
+    const RopeFrame *f = rope_frame_get(id);
+    return f->hole == ROPE_ARG && Ord_cmp(Ord_lastterm(f->level)->sub, ((SourceSearch *)ctx)->a) < 0;
+}
+
+// The first n members of x's fundamental sequence, built on x's rope.
+static OrdExpansion expand_rope(Ord x, int32_t n)
+{
+    RopeNode *R = Ord_rope(x);
+    RopeLen one = RopeLen_small(1), two = RopeLen_small(2);
+    RopeLen bottom_at = RopeLen_sub(rope_length(R), two);
+    const RopeFrame *bottom = rope_frame_get(rope_frame_at(R, bottom_at));
+    Ord z = rope_frame_get(rope_last_frame(R))->level;
+    const OrdTerm *bt = Ord_lastterm(bottom->level);
+    RopeNode *above = rope_take(R, bottom_at);
+
+    rope_too_long = false;
+    OrdExpansion r = expansion_new(n);
+    Ord front = split_front(bottom, z);
+    DynArray_append(&r.keep, &front);
+    Ord p = Ord_pred(z);
+    DynArray_append(&r.keep, &p);
+    RopeNode **members = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
+    if (!members)
+        REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
+    members[0] = nullptr;
+    if (bottom->hole == ROPE_ARG) {
+        // successor argument: 0, psi_a(p), psi_a(p).2, ...
+        for (int32_t i = 1; i < n; i++) {
+            Ord t = Ord_term((uint32_t)i, bt->sub, p);
+            members[i] = Ord_rope(t);
+            Ord_freearray(t);
+        }
+    } else {
+        // Omega_a: iterate the template from the nearest enclosing psi_s, s
+        // below a, which is always one whose argument the chain follows
+        SourceSearch search = {z};
+        bool found = false;
+        RopeLen from = rope_find_last(above, frame_is_source, &search, &found);
+        from = found ? index_add(from, one) : RopeLen_small(0);
+        RopeNode *tmpl = split_multiples(rope_drop(above, from), R, from, &r.keep);
+        Ord head = Ord_term(1, p, Ord_zero());
+        RopeNode *psi = rope_leaf(rope_frame(head, ROPE_ARG));
+        Ord_freearray(head);
+        for (int32_t i = 1; i < n; i++)
+            members[i] = rope_wrap(psi, rope_wrap(tmpl, rope_prepend_terms(front, members[i - 1])));
+    }
+    RopeNode *frames = split_multiples(above, R, RopeLen_small(0), &r.keep);
+    for (int32_t i = 0; i < n; i++) {
+        RopeNode *m = rope_wrap(frames, rope_prepend_terms(front, members[i]));
+        // a member of one frame is a term array of the store's: the
+        // expansion owns a copy, as it owns every member's top array
+        r.seq[i] = m ? Ord_fromrope(m) : Ord_zero();
+        if (r.seq[i].count && !Ord_islazy(r.seq[i]))
+            r.seq[i] = Ord_copy(r.seq[i]);
+    }
+    free(members);
+    if (rope_too_long) {
+        // a chain past 2^512 levels: beyond what this line can hold
+        rope_too_long = false;
+        Ord_freeexpansion(r);
+        ord_refused_cost = UINT64_MAX;
+        return expansion_refused(0);
+    }
+    return r;
+}
+
+// expand_rope within the work limits: a few rope nodes per member, and one
+// frame per level of a chain that is not yet held compressed.
+static OrdExpansion expand_rope_limited(Ord x, int32_t n, uint32_t levels)
+{
+    uint64_t cost = ((uint64_t)n + levels) * ROPE_MEMBER_COST;
+    bool big = cost > ord_work_left && cost <= ord_work_big;
+    if ((cost > ord_work_left && !big) || memory_refuses(cost)) {
+        ord_refused_cost = cost;
+        return expansion_refused(0);
+    }
+    if (big)
+        ord_work_big = 0;
+    else if (ord_work_left != UINT64_MAX)
+        ord_work_left -= cost;
+    return expand_rope(x, n);
+}
+
 OrdExpansion Ord_expand(Ord x, int32_t n)
 {
     if (x.count == 0) {
@@ -144,12 +311,16 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         expand_levels_ready = true;
     }
     expand_levels.count = 0;
+    if (Ord_islazy(x))
+        return expand_rope_limited(x, n, 0);
 
     // down the chain of cases to the one that makes members itself; each
     // level above it only rebuilds them, so the work is levels times n
-    enum { BOTTOM_I, BOTTOM_SUCCESSOR, BOTTOM_OMEGA } bottom;
+    enum { BOTTOM_I, BOTTOM_SUCCESSOR, BOTTOM_OMEGA, BOTTOM_LAZY } bottom;
     uint32_t from = 0;
     uint64_t cost = 0;
+    uint64_t template_cost = 0;
+    Ord whole = x;
     for (;;) {
         DynArray_append(&ord_path, &x);
         const OrdTerm *first = &x.terms[0];
@@ -167,6 +338,10 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
             level.step = STEP_MULTIPLE;
             level.one = Ord_term(1, first->sub, first->arg);
             below = level.one;
+        } else if (Ord_islazy(first->arg.count ? first->arg : first->sub)) {
+            // the rest of the chain is held compressed
+            bottom = BOTTOM_LAZY;
+            break;
         } else if (first->arg.count && OrdTerm_isfinite(Ord_lastterm(first->arg))) {
             // successor argument: 0, psi_a(p), psi_a(p).2, ... with b = p + 1
             bottom = BOTTOM_SUCCESSOR;
@@ -180,13 +355,19 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
         } else {
             bottom = BOTTOM_OMEGA;
             from = template_source(first->sub);
-            cost += template_levels(*DynArray_at<Ord>(&ord_path, from)) * (uint64_t)n;
+            template_cost = template_levels(*DynArray_at<Ord>(&ord_path, from));
+            cost += template_cost * (uint64_t)n;
             break;
         }
         DynArray_append(&expand_levels, &level);
         x = below;
     }
     uint32_t levels = expand_levels.count;
+    if (bottom == BOTTOM_LAZY || (bottom != BOTTOM_I && levels + template_cost >= ord_rope_levels)) {
+        for (uint32_t k = 0; k < levels; k++)
+            Ord_freearray(DynArray_at<ExpandLevel>(&expand_levels, k)->one);
+        return expand_rope_limited(whole, n, levels);
+    }
     cost += (uint64_t)(levels + 1) * (uint64_t)n;
     // past what is left, the one big step may still be had
     bool big = cost > ord_work_left && cost <= ord_work_big;

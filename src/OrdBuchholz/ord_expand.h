@@ -19,7 +19,9 @@
 // arguments and subscripts) to one that makes members itself, and rebuilds
 // every member once per level on the way back: its work is about n times the
 // length of that chain (plus the template's length where Omega_a is
-// iterated). The chain is walked with an explicit stack, so its length costs
+// iterated). A long chain, or a lazy value, is expanded on its rope instead:
+// the members are lazy values that share the frames above the bottom and the
+// template's frames whole, a few rope nodes each (ord_rope_levels). The chain is walked with an explicit stack, so its length costs
 // heap, not stack. Two limits, set by whoever runs the walk, refuse an
 // expansion that would cost more: a refused expansion has n = 0, no members
 // and nothing to keep, and has cost nothing. In arena mode the term
@@ -72,6 +74,11 @@ extern uint32_t ord_depth_limit;
 // Bytes of term arrays (ord_heap_bytes, or the arena's use while it is in
 // force) past which expansions are refused; UINT64_MAX is no limit.
 extern uint64_t ord_memory_limit;
+// Chains at least this long (with the template's) are expanded on their rope
+// (OrdBuchholz/ord_lazy.h), and so is every lazy value: the members are lazy
+// and cost a few rope nodes each, whatever the length. 0 takes every chain
+// there but the top's. Start value 64.
+extern uint32_t ord_rope_levels;
 // The work that the last refused expansion would have cost.
 extern uint64_t ord_refused_cost;
 

@@ -269,15 +269,21 @@ static RopeNode *store_node(RopeStore *s)
     return n;
 }
 
+uint64_t rope_rewinds = 0;
+uint64_t rope_clears = 0;
+
 void rope_store_rewind()
 {
     store_empty(&rope_temp);
+    rope_rewinds++;
 }
 
 void rope_store_clear()
 {
     store_empty(&rope_temp);
     store_empty(&rope_heap);
+    rope_rewinds++;
+    rope_clears++;
     if (rope_scratch_ready) {
         DynArray_free(&rope_spine);
         DynArray_free(&rope_pieces);

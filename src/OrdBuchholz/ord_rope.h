@@ -178,6 +178,10 @@ RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx
 
 // ---- the stores ----
 
+// Times the temporary store and the whole store were emptied, so that what
+// is kept by node elsewhere can tell that it is stale.
+extern uint64_t rope_rewinds;
+extern uint64_t rope_clears;
 // Empties the temporary store: its frames and nodes are gone.
 void rope_store_rewind();
 // Empties both stores; the caller guarantees that nothing refers to them.

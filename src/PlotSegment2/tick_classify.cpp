@@ -33,6 +33,7 @@ uint32_t tick_classify(Ord x)
 
     if (x.count == 0)
         return KIND_ZERO;
+    x = Ord_force(x);
     const OrdTerm *t = Ord_lastterm(x);
     if (OrdTerm_isfinite(t))
         return KIND_SUCCESSOR;
@@ -43,15 +44,16 @@ uint32_t tick_classify(Ord x)
         return KIND_LIMIT;
 
     // the kind follows the last term of the argument alone
-    const OrdTerm *L = Ord_lastterm(t->arg);
+    const OrdTerm *L = Ord_lastterm(Ord_force(t->arg));
     if (L->sub.count == 0) {
         if (t->sub.count != 0)
             return KIND_OMEGA_POWER;
         return KIND_OMEGA_POWER + (is_omega_tower(t->arg) ? 1 : 0);
     }
-    if (L->sub.count != 1 || !OrdTerm_isfinite(&L->sub.terms[0]))
+    Ord Lsub = Ord_force(L->sub);
+    if (Lsub.count != 1 || !OrdTerm_isfinite(&Lsub.terms[0]))
         return KIND_BUCHHOLZ;
-    if (L->sub.terms[0].coef != 1)
+    if (Lsub.terms[0].coef != 1)
         return KIND_BACHMANN_HOWARD;
 
     // psi_1 of L's argument, with L's own coefficient dropped

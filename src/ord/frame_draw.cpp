@@ -4,6 +4,7 @@
 #include <GL/gl.h>
 
 #include "OrdBuchholz/ord.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "PlotSegment2/centre_readout.h"
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_draw.h"
@@ -60,6 +61,7 @@ void frame_draw(WalkRecord *record, Bignum view_lo, Bignum view_hi, MemStack *ar
     if (arena) {
         memstack_readout(arena, buffer, size);
         memstack_rewind(arena);
+        ord_lazy_rewind();
         ord_arena = nullptr;
     }
     // the read-out always runs on the heap; it stands below the line, the

@@ -92,7 +92,7 @@ NotationForm notation_form(const OrdTerm *t, const NotationRow *row)
         return FORM_PSI;
 
     // psi_a(b) with b ending at or below subscript a is a power of omega
-    const OrdTerm *last = Ord_lastterm(b);
+    const OrdTerm *last = Ord_lastterm(Ord_force(b));
     if (row_on(row, TOGGLE_OMEGA) && Ord_cmp(last->sub, a) <= 0)
         return FORM_OMEGA;
 
@@ -119,7 +119,7 @@ NotationForm notation_form(const OrdTerm *t, const NotationRow *row)
 Ord notation_omega_exponent(const OrdTerm *t)
 {
     Ord a = t->sub;
-    Ord b = t->arg;
+    Ord b = Ord_force(t->arg);
     // psi_a(h + t) = omega^(psi_a(h) + t) and psi_a(t) = omega^(Omega_a + t),
     // where h is the part of b above subscript a
     uint32_t i = 0;
@@ -139,6 +139,7 @@ enum TailRewrite { REWRITE_EPSILON, REWRITE_VARPHI };
 // subscript 0; the rest of b, collapsed with a, is what they are added to.
 static Ord notation_index(Ord a, Ord b, Ord S, Ord B0, TailRewrite rewrite)
 {
+    b = Ord_force(b);
     uint32_t start = b.count - 1;
     while (start > 0 && Ord_cmp(b.terms[start - 1].sub, S) == 0 &&
            Ord_cmp(b.terms[start - 1].arg, B0) < 0)
@@ -150,6 +151,7 @@ static Ord notation_index(Ord a, Ord b, Ord S, Ord B0, TailRewrite rewrite)
         const OrdTerm *s = &b.terms[start + j];
         Ord y = s->arg;
         if (rewrite == REWRITE_VARPHI) {
+            y = Ord_force(y);
             // only the part of y after its last term of non-zero subscript
             uint32_t k = y.count;
             while (k > 0 && y.terms[k - 1].sub.count == 0)
@@ -181,7 +183,7 @@ void notation_varphi_indices(const OrdTerm *t, Ord *A, Ord *B)
 {
     Ord S = Ord_succ(t->sub);
     Ord om = Ord_term(1, S, Ord_zero());
-    Ord X = Ord_lastterm(t->arg)->arg;
+    Ord X = Ord_force(Ord_lastterm(Ord_force(t->arg))->arg);
 
     // first index: the terms of X at subscript S, moved to subscript 0;
     // varphi_1 is epsilon, so a finite index counts from 1
@@ -361,6 +363,7 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
             text_append(&s, k.text);
             break;
         case PRINT_ORD:
+            k.x = Ord_force(k.x);
             if (k.x.count == 0) {
                 text_append(&s, "0");
                 break;

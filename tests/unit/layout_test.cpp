@@ -10,6 +10,7 @@
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord_arith.h"
+#include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_parse.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
@@ -152,6 +153,7 @@ TEST(Layout, DeepWalksIncreaseAndAgreeInBothMemoryModes)
     const Case cases[] = {
         {700, 0, 1}, {1000, 0, 1}, {1150, 0, 1}, {700, 10, 1}, {1000, 10, 1}, {1150, 10, 4},
         {700, 100, 4}, {1000, 100, 4}, {1000, 300, 40}, {600, 1000, 40}, {640, 1000, 40},
+        {1100, 20, 4},
     };
     for (const Case &c : cases) {
         std::string what = "target " + std::to_string(c.target) + " at 10^" + std::to_string(c.decades);
@@ -168,6 +170,15 @@ TEST(Layout, DeepWalksIncreaseAndAgreeInBothMemoryModes)
         EXPECT_EQ(calls, heap_calls) << what << ": the arena walks differently";
         EXPECT_EQ(std::vector<uint32_t>(tick_kinds, tick_kinds + tick_columns), heap_kinds) << what;
         EXPECT_EQ(std::vector<float>(tick_sizes, tick_sizes + tick_columns), heap_sizes) << what;
+        // every chain held compressed, and none: the same line
+        uint32_t levels = ord_rope_levels;
+        for (uint32_t held : {0u, UINT32_MAX}) {
+            ord_rope_levels = held;
+            walk(r, held ? nullptr : &arena);
+            EXPECT_EQ(calls, heap_calls) << what << ": ropes from " << held << " levels walk differently";
+            EXPECT_EQ(std::vector<float>(tick_sizes, tick_sizes + tick_columns), heap_sizes) << what;
+        }
+        ord_rope_levels = levels;
         Bignum_free(r.xlo);
         Bignum_free(r.xhi);
     }

@@ -11,6 +11,7 @@
 
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
+#include "OrdBuchholz/ord_expand.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord/dynarray.h"
 #include "ord_fixtures_test.h"
@@ -37,6 +38,8 @@ void release()
 
 int32_t cmp(Ord x, Ord y)
 {
+    x = Ord_force(x);
+    y = Ord_force(y);
     for (uint32_t i = 0; i < x.count; i++) {
         if (i >= y.count)
             return 1;
@@ -55,6 +58,7 @@ int32_t cmp(Ord x, Ord y)
 // The template as a whole deep copy; the hole at the end of the last terms.
 Ord makeimpredfn(Ord x)
 {
+    x = Ord_force(x);
     const OrdTerm *last = Ord_lastterm(x);
     Ord t = Ord_alloc(last->coef > 1 ? x.count + 1 : x.count);
     for (uint32_t i = 0; i + 1 < x.count; i++)
@@ -66,7 +70,7 @@ Ord makeimpredfn(Ord x)
     }
     if (last->arg.count)
         *tail = OrdTerm{1, Ord_clone(last->sub), makeimpredfn(last->arg)};
-    else if (last->sub.count && !OrdTerm_isfinite(Ord_lastterm(last->sub)))
+    else if (last->sub.count && !OrdTerm_isfinite(Ord_lastterm(Ord_force(last->sub))))
         *tail = OrdTerm{1, makeimpredfn(last->sub), Ord_zero()};
     else
         *tail = OrdTerm{0, Ord_zero(), Ord_zero()};
@@ -76,6 +80,8 @@ Ord makeimpredfn(Ord x)
 // Every term rebuilt, every placeholder replaced by p's terms.
 Ord substitute(Ord t, Ord p)
 {
+    t = Ord_force(t);
+    p = Ord_force(p);
     uint32_t places = 0;
     for (uint32_t i = 0; i < t.count; i++)
         places += t.terms[i].coef ? 1 : p.count;
@@ -96,6 +102,7 @@ Ord substitute(Ord t, Ord p)
 // the arena or leak into the test's heap pool (freed with the process).
 std::vector<Ord> expand(Ord x, int32_t n, std::vector<Ord> &path)
 {
+    x = Ord_force(x);
     path.push_back(x);
     const OrdTerm *f = &x.terms[0];
     std::vector<Ord> r;
@@ -114,6 +121,7 @@ std::vector<Ord> expand(Ord x, int32_t n, std::vector<Ord> &path)
         Ord head = sum ? Ord_slice(x, 0, x.count - 1) : keep(Ord_term(f->coef - 1, f->sub, f->arg));
         Ord tail = sum ? Ord_slice(x, x.count - 1, 1) : keep(Ord_term(1, f->sub, f->arg));
         return wrap(expand(tail, n, path), [&](Ord m) {
+            m = Ord_force(m);
             Ord c = keep(Ord_alloc(head.count + m.count));
             memcpy(c.terms, head.terms, head.count * sizeof(OrdTerm));
             if (m.count)
@@ -122,14 +130,14 @@ std::vector<Ord> expand(Ord x, int32_t n, std::vector<Ord> &path)
         });
     }
     Ord a = f->sub, b = f->arg;
-    if (b.count && OrdTerm_isfinite(Ord_lastterm(b))) {
+    if (b.count && OrdTerm_isfinite(Ord_lastterm(Ord_force(b)))) {
         for (int32_t i = 0; i < n; i++)
             r.push_back(i == 0 ? Ord_zero() : keep(Ord_term((uint32_t)i, a, keep(Ord_pred(b)))));
         return r;
     }
     if (b.count)
         return wrap(expand(b, n, path), [&](Ord m) { return keep(Ord_term(1, a, m)); });
-    if (a.count && !OrdTerm_isfinite(Ord_lastterm(a)))
+    if (a.count && !OrdTerm_isfinite(Ord_lastterm(Ord_force(a))))
         return wrap(expand(a, n, path), [&](Ord m) { return keep(Ord_term(1, m, Ord_zero())); });
     size_t from = 0;
     for (size_t k = path.size(); k-- > 0;)
@@ -159,8 +167,19 @@ static void collect(WalkRecord r)
     tick_record(r);
 }
 
+// Run once as the line runs, and once with every expansion on the rope.
+static void iterative_forms_agree(OrdPool &pool, uint32_t rope_levels);
 TEST_P(Deep, IterativeFormsAgreeWithTheRecursiveOnes)
 {
+    uint32_t levels = ord_rope_levels;
+    iterative_forms_agree(pool, levels);
+    iterative_forms_agree(pool, 0);
+    ord_rope_levels = levels;
+}
+
+static void iterative_forms_agree(OrdPool &pool, uint32_t rope_levels)
+{
+    ord_rope_levels = rope_levels;
     // views from the first one to 10^60 deep, near the bottom, middle and top
     walk_met.clear();
     struct View {
@@ -269,7 +288,9 @@ TEST_P(Deep, NestingCostsHeapNotStack)
     // expansion down a chain of limit arguments, and a template through
     // limit subscripts: Omega_(Omega_(...(Omega_2)))
     OrdExpansion e = Ord_expandfresh(a, 3);
-    EXPECT_EQ(ref::cmp(e.seq[2].terms[0].arg.terms[0].arg.terms[0].sub, Ord_zero()), 0);
+    Ord two_deep = nested(LEVELS, Ord_term(2, Ord_zero(), Ord_zero()), false);
+    EXPECT_EQ(Ord_cmp(e.seq[2], two_deep), 0);
+    Ord_free(two_deep);
     Ord_freeexpansion(e);
     Ord_free(a);
     Ord_free(b);

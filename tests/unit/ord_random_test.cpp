@@ -60,10 +60,11 @@ struct RandomLine {
 // Every term at every depth of x, as a one-term ordinal of coefficient 1.
 void collect_terms(Ord x, std::vector<OrdTerm> *terms)
 {
+    x = Ord_force(x);
     for (uint32_t i = 0; i < x.count; i++) {
         const OrdTerm &t = x.terms[i];
         // I and the top are no classical forms and compare only as shapes
-        if (t.coef == ORD_COEF_I || (t.arg.count && t.arg.terms[0].coef == ORD_COEF_I))
+        if (t.coef == ORD_COEF_I || (t.arg.count && Ord_force(t.arg).terms[0].coef == ORD_COEF_I))
             continue;
         terms->push_back(OrdTerm{1, t.sub, t.arg});
         collect_terms(t.sub, terms);
@@ -173,6 +174,7 @@ TEST_P(Random, SumsAreOrdinalSums)
 // left as they are; the caller tests the result with Ord_isnormal.
 Ord normal_reading(Ord x, Made *made)
 {
+    x = Ord_force(x);
     Ord sum = Ord_zero();
     for (uint32_t i = 0; i < x.count; i++) {
         const OrdTerm &t = x.terms[i];

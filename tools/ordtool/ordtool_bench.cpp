@@ -14,6 +14,7 @@
 // ok; budget (the frame's work budget left "too deep" leaves, the time is
 // that of the frame as drawn); memory (out of memory: over 2 GiB more than at
 // the start); timeout (a frame over 2 seconds); crash (any other death).
+// A timed row also gives the most memory its process held (mb, resident).
 #include <math.h>
 #include <signal.h>
 #include <stdio.h>
@@ -25,18 +26,19 @@
 #include <unistd.h>
 
 #include "OrdBuchholz/memstack.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "PlotSegment2/centre_readout.h"
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/navigation.h"
-#include "support/report/report.h"
 #include "ord/font_variants.h"
+#include "ord/navigation.h"
 #include "ord/notation_rows.h"
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/text_measure.h"
 #include "support/gl/screen.h"
+#include "support/report/report.h"
 #include "tools/ordtool/ordtool.h"
 #include "tools/ordtool/ordtool_view.h"
 
@@ -117,6 +119,7 @@ static void bench_pass(int32_t pass, WalkRecord record, MemStack *stack, bool at
     }
     if (ord_arena) {
         memstack_rewind(stack);
+        ord_lazy_rewind();
         ord_arena = nullptr;
     }
 }
@@ -195,8 +198,11 @@ static void bench_measure(int fd, int32_t depth, double target, bool arena, int3
             view_update(&record.xlo, &record.xhi, exp(BENCH_MOVING_STEP), 0);
     }
     qsort(times, (size_t)frames, sizeof(double), compare_doubles);
+    // the most memory the process held, whatever it was held for
+    getrusage(RUSAGE_SELF, &usage);
     char result[64];
-    int len = snprintf(result, sizeof result, "%.3f %lld", times[frames / 2], (long long)bench_ticks);
+    int len = snprintf(result, sizeof result, "%.3f %lld %ld", times[frames / 2], (long long)bench_ticks,
+                       (long)(usage.ru_maxrss / 1024));
     if (write(fd, result, (size_t)len) != len)
         _exit(EXIT_FATAL);
     _exit(segment_too_deep > too_deep ? EXIT_BUDGET : EXIT_OK);
@@ -222,7 +228,8 @@ static int bench_row(int32_t depth, double target, int32_t pass, bool arena, boo
     waitpid(child, &status, 0);
     double ms = 0;
     long long ticks = 0;
-    bool timed = got > 0 && sscanf(result, "%lf %lld", &ms, &ticks) == 2;
+    long mb = 0;
+    bool timed = got > 0 && sscanf(result, "%lf %lld %ld", &ms, &ticks, &mb) == 3;
     const char *outcome = "crash";
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM)
         outcome = "timeout";
@@ -239,7 +246,7 @@ static int bench_row(int32_t depth, double target, int32_t pass, bool arena, boo
         printf("depth=10^%d target=%.0f mode=%s motion=%s pass=%s outcome=%s", depth, target,
                arena ? "arena" : "heap", moving ? "moving" : "still", bench_pass_names[pass], outcome);
     if (timed)
-        printf(" ms=%.3f ticks=%lld", ms, ticks);
+        printf(" ms=%.3f ticks=%lld mb=%ld", ms, ticks, mb);
     putchar('\n');
     fflush(stdout);
     return 0;

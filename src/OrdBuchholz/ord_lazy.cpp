@@ -1,0 +1,211 @@
+// Lazy values: their ropes, their forcing, and the rope algebra of expansion.
+#include "OrdBuchholz/ord_lazy.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include "OrdBuchholz/ord_identity.h"
+#include "ord/dynarray.h"
+#include "support/report/report.h"
+
+uint64_t ord_lazy_bytes = 0;
+
+// Forced arrays by rope: those of persistent ropes, and those of temporary
+// ones, each valid while the store has not been emptied since.
+static OrdMap forced_kept, forced_temporary;
+static bool forced_ready = false;
+static uint64_t forced_clears = 0, forced_rewinds = 0;
+
+static void forced_drop(OrdMap *memo);
+
+// Drops what a store emptied since the last look has made stale.
+static void forced_check()
+{
+    if (!forced_ready) {
+        OrdMap_init(&forced_kept, 1024);
+        OrdMap_init(&forced_temporary, 1024);
+        forced_ready = true;
+    }
+    if (forced_clears != rope_clears)
+        forced_drop(&forced_kept);
+    if (forced_rewinds != rope_rewinds)
+        forced_drop(&forced_temporary);
+    forced_clears = rope_clears;
+    forced_rewinds = rope_rewinds;
+}
+
+// A forced top array, with its length for the release.
+struct ForcedArray {
+    uint32_t count;
+    OrdTerm terms[];
+};
+
+// A level being put together before the store copies it.
+static OrdTerm *scratch = nullptr;
+static uint32_t scratch_capacity = 0;
+
+static OrdTerm *scratch_room(uint32_t n)
+{
+    if (n > scratch_capacity) {
+        uint32_t capacity = n < 64 ? 64 : n * 2;
+        OrdTerm *grown = (OrdTerm *)realloc(scratch, (size_t)capacity * sizeof(OrdTerm));
+        if (!grown)
+            REPORT(REPORT_FATAL, "Out of memory for a level of a compressed ordinal", 0);
+        scratch = grown;
+        scratch_capacity = capacity;
+    }
+    return scratch;
+}
+
+Ord Ord_fromrope(RopeNode *r)
+{
+    // a single frame follows nothing: it is a term array ending in a number
+    if (RopeLen_cmp(rope_length(r), RopeLen_small(1)) == 0)
+        return rope_frame_get(rope_first_frame(r))->level;
+    return Ord{ORD_LAZY, (OrdTerm *)(void *)r};
+}
+
+// The frame of the term array x (at least one term) that follows `hole`,
+// with that field blanked.
+static uint32_t frame_of(const OrdTerm *terms, uint32_t n, uint8_t hole)
+{
+    OrdTerm *level = scratch_room(n);
+    memcpy(level, terms, (size_t)n * sizeof(OrdTerm));
+    if (hole == ROPE_ARG)
+        level[n - 1].arg = Ord_zero();
+    else if (hole == ROPE_SUB)
+        level[n - 1].sub = Ord_zero();
+    return rope_frame(Ord{n, level}, hole);
+}
+
+// The field a term array's chain follows: ROPE_ARG, ROPE_SUB or ROPE_NONE.
+static uint8_t followed(const OrdTerm *last)
+{
+    return last->arg.count ? ROPE_ARG : last->sub.count ? ROPE_SUB : ROPE_NONE;
+}
+
+// A rope of the frame ids ids[lo, hi), balanced.
+static RopeNode *rope_of_ids(const uint32_t *ids, uint32_t lo, uint32_t hi)
+{
+    if (hi - lo == 1)
+        return rope_leaf(ids[lo]);
+    uint32_t mid = lo + (hi - lo) / 2;
+    return rope_concat(rope_of_ids(ids, lo, mid), rope_of_ids(ids, mid, hi));
+}
+
+RopeNode *Ord_rope(Ord x)
+{
+    if (x.count == 0)
+        return nullptr;
+    if (Ord_islazy(x))
+        return Ord_lazyrope(x);
+    static DynArray ids;
+    static bool ids_ready = false;
+    if (!ids_ready) {
+        DynArray_init(&ids, sizeof(uint32_t), 64);
+        ids_ready = true;
+    }
+    ids.count = 0;
+    RopeNode *tail = nullptr;
+    for (;;) {
+        const OrdTerm *last = Ord_lastterm(x);
+        uint8_t hole = followed(last);
+        uint32_t id = frame_of(x.terms, x.count, hole);
+        DynArray_append(&ids, &id);
+        if (hole == ROPE_NONE)
+            break;
+        x = hole == ROPE_ARG ? last->arg : last->sub;
+        if (Ord_islazy(x)) {
+            tail = Ord_lazyrope(x);
+            break;
+        }
+    }
+    return rope_concat(rope_of_ids(DynArray_at<uint32_t>(&ids, 0), 0, ids.count), tail);
+}
+
+Ord Ord_force(Ord x)
+{
+    if (!Ord_islazy(x))
+        return x;
+    forced_check();
+    RopeNode *r = Ord_lazyrope(x);
+    const RopeFrame *f = rope_frame_get(rope_first_frame(r));
+    OrdMap *memo = r->temporary ? &forced_temporary : &forced_kept;
+    OrdMapSlot *slot = OrdMap_find(memo, x);
+    if (slot)
+        return Ord{f->level.count, ((ForcedArray *)slot->value)->terms};
+
+    // the frame's terms, with the rest of the chain in the field it follows
+    size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);
+    ForcedArray *forced = (ForcedArray *)malloc(sizeof(ForcedArray) + bytes);
+    if (!forced)
+        REPORT(REPORT_FATAL, "Out of memory for the terms of a compressed ordinal", 0);
+    forced->count = f->level.count;
+    OrdTerm *terms = forced->terms;
+    memcpy(terms, f->level.terms, bytes);
+    if (f->hole != ROPE_NONE) {
+        Ord rest = Ord_fromrope(rope_drop(r, RopeLen_small(1)));
+        OrdTerm *last = &terms[f->level.count - 1];
+        (f->hole == ROPE_ARG ? last->arg : last->sub) = rest;
+    }
+    ord_lazy_bytes += sizeof(ForcedArray) + bytes;
+    bool added;
+    OrdMap_insert(memo, x, &added)->value = forced;
+    return Ord{f->level.count, terms};
+}
+
+RopeNode *rope_prepend_terms(Ord head, RopeNode *y)
+{
+    if (head.count == 0)
+        return y;
+    if (!y)
+        return Ord_rope(head);
+    // y's first level takes head's terms in front of its own
+    const RopeFrame *f = rope_frame_get(rope_first_frame(y));
+    uint32_t n = head.count + f->level.count;
+    OrdTerm *level = scratch_room(n);
+    memcpy(level, head.terms, (size_t)head.count * sizeof(OrdTerm));
+    memcpy(level + head.count, f->level.terms, (size_t)f->level.count * sizeof(OrdTerm));
+    uint32_t id = rope_frame(Ord{n, level}, f->hole);
+    return rope_concat(rope_leaf(id), rope_drop(y, RopeLen_small(1)));
+}
+
+RopeNode *rope_wrap(RopeNode *above, RopeNode *y)
+{
+    if (y || !above)
+        return rope_concat(above, y);
+    // nothing below: the last frame's level, with its field still 0, is a
+    // term array whose chain goes on by what else that frame holds
+    RopeLen n = rope_length(above);
+    RopeLen one = RopeLen_small(1);
+    const RopeFrame *f = rope_frame_get(rope_last_frame(above));
+    return rope_concat(rope_take(above, RopeLen_sub(n, one)), Ord_rope(f->level));
+}
+
+// Frees the arrays a memo holds and empties it; the ropes they were forced
+// from may be gone already.
+static void forced_drop(OrdMap *memo)
+{
+    for (uint32_t i = 0; i < memo->capacity; i++) {
+        OrdMapSlot *s = &memo->slots[i];
+        if (!s->terms)
+            continue;
+        ForcedArray *f = (ForcedArray *)s->value;
+        ord_lazy_bytes -= sizeof(ForcedArray) + (uint64_t)f->count * sizeof(OrdTerm);
+        free(f);
+    }
+    OrdMap_free(memo);
+    OrdMap_init(memo, 1024);
+}
+
+void ord_lazy_rewind()
+{
+    rope_store_rewind();
+    forced_check();
+}
+
+void ord_lazy_clear()
+{
+    rope_store_clear();
+    forced_check();
+}

@@ -1,0 +1,53 @@
+// Ordinals held compressed: a lazy value is a rope of the frames of its chain.
+//
+// The chain of a term array y: its last term t, then t's arg where that is not
+// 0, else t's sub where that is not 0, else nothing (t is a number). A frame is
+// one level of that chain with the field followed blanked to 0
+// (OrdBuchholz/ord_rope.h); the last frame follows nothing. Near the top of the
+// line chains run to astronomical lengths while saying the same few things
+// again and again, so a rope of frames (concatenations shared by hash-consing)
+// holds them in about the size of what is new in them.
+//
+// A lazy value is an Ord with count ORD_LAZY whose `terms` is the rope. It
+// spells an ordinal like any other: Ord_force gives its top array, with the
+// rest of its chain again lazy in the field followed. Comparison, expansion and
+// templates work on the rope itself; everything else forces as it reads.
+//
+// Memory. Ropes, frames and forced arrays belong to the rope store: built on
+// the heap while no arena is active and kept until ord_lazy_clear, built in the
+// store's temporary part while it is, and dropped by ord_lazy_rewind. Free
+// and clone pass lazy values by: they are never freed one by one.
+#pragma once
+
+#include "OrdBuchholz/ord.h"
+#include "OrdBuchholz/ord_rope.h"
+
+// The rope of a lazy value.
+inline RopeNode *Ord_lazyrope(Ord x)
+{
+    return (RopeNode *)(void *)x.terms;
+}
+// The value a rope spells; r not null, its last frame one that follows nothing.
+// A rope of one frame gives that frame's term array, which belongs to the
+// store (copy it to keep or free it); a longer one gives a lazy value, whose
+// top array always has a last term that is not a number.
+Ord Ord_fromrope(RopeNode *r);
+// The rope of x's chain; null for 0. A lazy x gives its own rope; a term
+// array costs one frame per level of its chain down to the first lazy value.
+RopeNode *Ord_rope(Ord x);
+
+// The rope of the term array `head` followed by the terms of y, concatenated
+// with no absorption; y is a rope (null for 0), head a term array (0 for none).
+RopeNode *rope_prepend_terms(Ord head, RopeNode *y);
+// The frames of `above` (each one that follows a field) wrapped around y:
+// their last frame's blank field takes y, or stays 0 when y is null, and the
+// chain is then read on from what that frame holds.
+RopeNode *rope_wrap(RopeNode *above, RopeNode *y);
+
+// Bytes of forced arrays kept.
+extern uint64_t ord_lazy_bytes;
+// Drops what the temporary part of the rope store holds, and the arrays forced
+// from it: the frame loop calls it when it rewinds the arena.
+void ord_lazy_rewind();
+// Drops everything: no lazy value may be used afterwards.
+void ord_lazy_clear();
