@@ -135,7 +135,12 @@ Ord Ord_force(Ord x)
     if (slot)
         return Ord{f->level.count, ((ForcedArray *)slot->value)->terms};
 
-    // the frame's terms, with the rest of the chain in the field it follows
+    // the frame's terms, with the rest of the chain in the field it follows;
+    // the rest is made in the store that holds the rope, so that it lives
+    // exactly as long (the store goes by ord_arena being set or not)
+    MemStack *arena = ord_arena;
+    static MemStack temporary_mark;
+    ord_arena = r->temporary ? (arena ? arena : &temporary_mark) : nullptr;
     size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);
     ForcedArray *forced = (ForcedArray *)malloc(sizeof(ForcedArray) + bytes);
     if (!forced)
@@ -148,6 +153,7 @@ Ord Ord_force(Ord x)
         OrdTerm *last = &terms[f->level.count - 1];
         (f->hole == ROPE_ARG ? last->arg : last->sub) = rest;
     }
+    ord_arena = arena;
     ord_lazy_bytes += sizeof(ForcedArray) + bytes;
     bool added;
     OrdMap_insert(memo, x, &added)->value = forced;

@@ -19,13 +19,19 @@ static const char line_usage[] =
 static NotationRow line_row;
 static FILE *line_out;
 
+// Most bytes of one text: near the top of the line an ordinal's full text
+// outgrows any file (its nesting can run to 2^500 levels).
+constexpr size_t LINE_TEXT_MAX = 1000000;
+
 // Every call of the callback: position, kind, text.
 static void line_print_call(WalkRecord r)
 {
     char *position = Bignum_todecimal(r.xlo);
-    char *text = Ord_tostring(r.ordlo, &line_row);
-    // a leaf the memory limit kept from dividing says so in a fourth field
-    fprintf(line_out, "%s\t%u\t%s%s\n", position, tick_classify(r.ordlo), text,
+    bool cut;
+    char *text = Ord_tostring_limit(r.ordlo, &line_row, LINE_TEXT_MAX, &cut);
+    // a text cut short, and a leaf the memory limit kept from dividing, say
+    // so in fields of their own
+    fprintf(line_out, "%s\t%u\t%s%s%s\n", position, tick_classify(r.ordlo), text, cut ? "\tcut" : "",
             r.too_deep ? "\ttoo deep" : "");
     free(text);
     free(position);
