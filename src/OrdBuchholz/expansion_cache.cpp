@@ -6,7 +6,7 @@
 
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_identity.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
 // One kept expansion of one limit.

@@ -5,8 +5,8 @@
 
 #include <stdint.h>
 
-#include "ord/dynarray.h"
 #include "ord/notation.h"
+#include "support/dynarray/dynarray.h"
 
 // The rows, first row first; never fewer than one while the program runs.
 extern DynArray notation_rows;
