@@ -18,6 +18,7 @@
 #include "ord/font_variants.h"
 #include "ord/navigation.h"
 #include "ord/notation_rows.h"
+#include "ord/panel_hits.h"
 #include "ord/panel_layout.h"
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
