@@ -4,7 +4,7 @@
 #include <float.h>
 #include <stdlib.h>
 
-#include "ord/notation_rows.h"
+#include "notation/notation_rows.h"
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/text_boxes.h"

@@ -1,5 +1,5 @@
 // The notation rows.
-#include "ord/notation_rows.h"
+#include "notation/notation_rows.h"
 
 DynArray notation_rows = {};
 const NotationRow new_row_template = {{1, 1, 1, 1, 1, 1}};

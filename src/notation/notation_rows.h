@@ -5,7 +5,7 @@
 
 #include <stdint.h>
 
-#include "ord/notation.h"
+#include "notation/notation.h"
 #include "support/dynarray/dynarray.h"
 
 // The rows, first row first; never fewer than one while the program runs.
