@@ -7,7 +7,7 @@
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_identity.h"
 #include "OrdBuchholz/ord_lazy.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
 // One kept expansion of one limit.

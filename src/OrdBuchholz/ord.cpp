@@ -5,7 +5,7 @@
 #include <string.h>
 
 #include "OrdBuchholz/ord_identity.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
 // The active arena; null (heap mode) except while the frame loop lends it.

@@ -21,7 +21,7 @@
 #pragma once
 
 #include "OrdBuchholz/ord.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 // t itself, or (c, a', y) when t = (c, a, [(1, a', y)]) with a' = a and the last
 // term of y having a sub above a. Shares every array with t.

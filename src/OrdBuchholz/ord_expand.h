@@ -32,7 +32,7 @@
 #include <stdint.h>
 
 #include "OrdBuchholz/ord.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 struct OrdExpansion {
     Ord *seq;       // the members, ascending; a heap array of n

@@ -5,7 +5,7 @@
 #include <string.h>
 
 #include "OrdBuchholz/ord_identity.h"
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
 uint64_t ord_lazy_bytes = 0;

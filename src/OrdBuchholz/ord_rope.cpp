@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
 // ---- constants ----

@@ -7,7 +7,7 @@
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/marker_ordinal.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/notation_rows.h"
+#include "notation/notation_rows.h"
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 

@@ -4,11 +4,11 @@
 #include <float.h>
 #include <stdlib.h>
 
-#include "ord/dynarray.h"
-#include "ord/notation_rows.h"
+#include "notation/notation_rows.h"
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/text_boxes.h"
+#include "support/dynarray/dynarray.h"
 #include "support/gl/screen.h"
 
 // Pixels kept free between a label and the top of the line's band.

@@ -5,8 +5,8 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "ord/named_ordinals.h"
-#include "ord/notation_rows.h"
+#include "notation/named_ordinals.h"
+#include "notation/notation_rows.h"
 #include "support/bignum/bignum.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"

@@ -22,8 +22,8 @@
 
 #include <stdint.h>
 
-#include "ord/notation.h"
 #include "PlotSegment2/segment.h"
+#include "notation/notation.h"
 #include "support/bitmapfonts/text_measure.h"
 
 // Longest ordinal text that is expanded: a longer one is cut at its last whole

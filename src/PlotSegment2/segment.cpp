@@ -7,10 +7,10 @@
 #include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/navigation.h"
 #include "support/report/report.h"
 #include "support/timing/clock.h"
 
+int32_t segment_depth_limit = -1;
 int32_t segment_depth = 0;
 int64_t segment_too_deep = 0;
 double segment_expand_budget = 0.0;

@@ -45,6 +45,9 @@ typedef void (*TickCallback)(WalkRecord r);
 constexpr double CONVERGE_RATIO = 0.701703829;
 constexpr double CONVERGE_COMPLEMENT = 0.29829617100000005;
 
+// How many levels segment may nest; -1, the start value, means no limit. The
+// viewer's A and S keys change it between frames.
+extern int32_t segment_depth_limit;
 // segment calls past the depth test at present; 0 between walks.
 extern int32_t segment_depth;
 // Leaves made "too deep" since the start value 0; passes read its growth.

@@ -4,6 +4,7 @@
 #include <math.h>
 #include <stdio.h>
 
+#include "PlotSegment2/segment.h"
 #include "ord/navigation.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"

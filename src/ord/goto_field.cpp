@@ -7,7 +7,7 @@
 
 #include "OrdBuchholz/ord_parse.h"
 #include "PlotSegment2/locate.h"
-#include "ord/named_ordinals.h"
+#include "notation/named_ordinals.h"
 #include "ord/navigation.h"
 #include "ord/notice.h"
 #include "ord/text_field.h"

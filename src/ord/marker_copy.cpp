@@ -7,8 +7,8 @@
 #include <string.h>
 
 #include "PlotSegment2/marker_ordinal.h"
-#include "ord/notation.h"
-#include "ord/notation_rows.h"
+#include "notation/notation.h"
+#include "notation/notation_rows.h"
 #include "ord/notice.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"

@@ -6,7 +6,7 @@
 
 #include <SDL2/SDL.h>
 
-#include "ord/notation_rows.h"
+#include "ord/panel_hits.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"

@@ -3,10 +3,10 @@
 
 #include <math.h>
 
+#include "PlotSegment2/segment.h"
 #include "support/gl/input_state.h"
 #include "support/gl/screen.h"
 
-int32_t segment_depth_limit = -1;
 // screen_w when view_start ran; 0 before.
 static int32_t start_width = 0;
 

@@ -10,15 +10,13 @@
 
 #include "support/bignum/bignum.h"
 
-// How many levels segment may nest; -1 means no limit. A and S change it.
-extern int32_t segment_depth_limit;
-
 // Exponent rate per second of key zoom: 3.0, 9.0 with Shift, times 0.3 with Ctrl.
 double navigation_zoom_speed();
 // The zoom factor of Z/Up/+ and X/Down/- this frame (1.0 without them); sets
 // *zoom_step to the frame's exponent, clamped to 0.3 however slow the frame.
 double navigation_key_zoom(double frame_dt, double zoom_speed, double *zoom_step);
-// A lowers the depth limit (not below -1), S then raises it, on key edges.
+// A lowers segment_depth_limit (PlotSegment2/segment.h) (not below -1), S
+// then raises it, on key edges.
 void navigation_depth_keys();
 // How far the line moves left this frame: arrows at one window width per
 // second (frame time clamped to 0.2 s) plus the mouse drag.

@@ -3,8 +3,8 @@
 
 #include <stdio.h>
 
-#include "ord/notation.h"
-#include "ord/notation_rows.h"
+#include "notation/notation.h"
+#include "notation/notation_rows.h"
 #include "support/bitmapfonts/markup.h"
 #include "support/bitmapfonts/text_boxes.h"
 #include "support/bitmapfonts/text_measure.h"

@@ -7,7 +7,8 @@
 
 #include <GL/gl.h>
 
-#include "ord/notation_rows.h"
+#include "notation/notation_rows.h"
+#include "ord/panel_hits.h"
 #include "ord/panel_layout.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"

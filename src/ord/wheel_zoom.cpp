@@ -2,7 +2,7 @@
 #include "ord/wheel_zoom.h"
 
 #include "ord/navigation.h"
-#include "ord/notation_rows.h"
+#include "ord/panel_hits.h"
 #include "support/gl/input_state.h"
 
 // anchor + (p - anchor) * factor, a new number.

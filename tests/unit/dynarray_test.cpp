@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 namespace {
 

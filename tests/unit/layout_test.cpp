@@ -14,8 +14,8 @@
 #include "OrdBuchholz/ord_parse.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
+#include "notation/notation.h"
 #include "ord/navigation.h"
-#include "ord/notation.h"
 #include "support/gl/screen.h"
 
 namespace {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "PlotSegment2/locate.h"
+#include "PlotSegment2/segment.h"
 #include "ord/navigation.h"
 #include "ord/view_flight.h"
 #include "ord/wheel_zoom.h"

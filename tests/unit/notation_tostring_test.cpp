@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "OrdBuchholz/ord_arith.h"
-#include "ord/named_ordinals.h"
-#include "ord/notation.h"
+#include "notation/named_ordinals.h"
+#include "notation/notation.h"
 #include "ord_fixtures_test.h"
 
 namespace {

@@ -13,9 +13,9 @@
 #include "OrdBuchholz/ord_buchholz.h"
 #include "OrdBuchholz/ord_expand.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/dynarray.h"
 #include "ord_fixtures_test.h"
 #include "support/bignum/bignum.h"
+#include "support/dynarray/dynarray.h"
 #include "support/gl/screen.h"
 #include "support/report/report.h"
 

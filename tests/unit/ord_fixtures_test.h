@@ -13,7 +13,7 @@
 #include "OrdBuchholz/ord.h"
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_parse.h"
-#include "ord/notation.h"
+#include "notation/notation.h"
 
 enum class MemoryMode { Heap, Arena };
 

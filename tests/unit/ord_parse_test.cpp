@@ -8,7 +8,7 @@
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_parse.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/named_ordinals.h"
+#include "notation/named_ordinals.h"
 #include "ord/navigation.h"
 #include "ord_fixtures_test.h"
 #include "support/gl/screen.h"

@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 #include "OrdBuchholz/ord.h"
-#include "ord/notation.h"
+#include "notation/notation.h"
 
 // Exit status of every refused command.
 constexpr int ORDTOOL_FAILED = 2;

@@ -10,7 +10,7 @@
 
 #include "OrdBuchholz/memstack.h"
 #include "OrdBuchholz/ord_parse.h"
-#include "ord/named_ordinals.h"
+#include "notation/named_ordinals.h"
 #include "support/report/report.h"
 
 // The tool's arena, lent to ord_arena by --arena; a global, so its blocks stay

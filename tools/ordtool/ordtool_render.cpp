@@ -15,9 +15,9 @@
 #if ORDTOOL_RENDER
 #include <GL/osmesa.h>
 
+#include "notation/notation_rows.h"
 #include "ord/font_variants.h"
 #include "ord/frame_draw.h"
-#include "ord/notation_rows.h"
 #include "support/bitmapfonts/font_load.h"
 #include "support/gl/gl_state.h"
 #include "support/gl/screen.h"

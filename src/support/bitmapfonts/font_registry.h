@@ -16,7 +16,7 @@
 
 #include <stdint.h>
 
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 #define FONT_CODES 512
 

@@ -9,7 +9,7 @@
 
 #include <stdint.h>
 
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 // A rectangle in window pixels, y down; x1 and y1 lie just past it, so boxes
 // that only touch do not overlap.

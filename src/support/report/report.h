@@ -13,7 +13,7 @@
 
 #include <stdint.h>
 
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 enum ReportType : int32_t {
     REPORT_MESSAGE = 1,   // replaces the top record

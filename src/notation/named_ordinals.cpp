@@ -1,5 +1,5 @@
 // Named ordinals: the table of texts and names.
-#include "ord/named_ordinals.h"
+#include "notation/named_ordinals.h"
 
 #include <string.h>
 #include <strings.h>

@@ -1,5 +1,5 @@
 // DynArray: growth and shrink by a load figure, with a mirrored data pointer.
-#include "ord/dynarray.h"
+#include "support/dynarray/dynarray.h"
 
 #include <stdlib.h>
 #include <string.h>

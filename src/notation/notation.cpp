@@ -1,5 +1,5 @@
 // Notation: the choice of form per term, the conversions, and the text.
-#include "ord/notation.h"
+#include "notation/notation.h"
 
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,24 +1,10 @@
-// The notation rows and the hit test of the panel texts.
-#include "ord/notation_rows.h"
+// The panel's hit tests against the pointer and the texts as last drawn.
+#include "ord/panel_hits.h"
 
 #include "support/gl/input_state.h"
 
-DynArray notation_rows = {};
-const NotationRow new_row_template = {{1, 1, 1, 1, 1, 1}};
-
 // The panel's texts as last drawn (panel_texts_drawn); nothing before the first frame.
 static int32_t panel_top = 0, panel_add_end = 0, panel_rows_end = 0, panel_lh = 0;
-
-void notation_rows_start()
-{
-    DynArray_init(&notation_rows, sizeof(NotationRow), dyn_default_capacity);
-    DynArray_append(&notation_rows, &new_row_template);
-}
-
-void notation_rows_free()
-{
-    DynArray_free(&notation_rows);
-}
 
 bool panel_click(int32_t x0, int32_t x1, int32_t y, uint32_t lh)
 {

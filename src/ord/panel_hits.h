@@ -1,27 +1,9 @@
-// The notation rows: one line of text on every label per row, each with its
-// own six toggles. The user adds and removes rows and flips toggles by
-// clicking the panel texts (panels.h).
+// The panel's hit tests: which press lands on a panel text. The panel draws
+// its texts (panels.h) and says where; the drag and the wheel ask here so a
+// press on a text is a click only.
 #pragma once
 
 #include <stdint.h>
-
-#include "ord/dynarray.h"
-#include "ord/notation.h"
-
-// The rows, first row first; never fewer than one while the program runs.
-extern DynArray notation_rows;
-// Every new row has all toggles on.
-extern const NotationRow new_row_template;
-
-// Makes the array with its first row.
-void notation_rows_start();
-// Frees the array.
-void notation_rows_free();
-// Row i, no range check.
-inline NotationRow *notation_row(uint32_t i)
-{
-    return DynArray_at<NotationRow>(&notation_rows, i);
-}
 
 // A new press of any button or a wheel pulse, with the pointer in x0 up to
 // but not including x1 and in the line of height lh whose top is y (the
