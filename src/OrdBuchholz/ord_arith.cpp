@@ -7,12 +7,22 @@
 #include "OrdBuchholz/ord_lazy.h"
 #include "support/report/report.h"
 
-// One pair of term arrays under comparison, equal up to term i so far.
+// One side of a comparison: a term array, or the first level of a lazy
+// value, whose last term's followed field is the rest of the rope. The rest
+// is made only if the comparison gets that far.
+struct CmpSide {
+    const OrdTerm *terms;
+    uint32_t count;
+    uint8_t hole;    // ROPE_NONE for a term array
+    RopeNode *rope;  // a level's rope, whose frames from `at` on are the rest
+    RopeLen at;
+};
+
+// One pair under comparison, equal up to term i so far.
 struct CmpFrame {
-    const OrdTerm *x, *y;
-    uint32_t nx, ny;  // their counts
-    uint32_t i;       // the term being compared
-    uint32_t stage;   // what comes next in term i: 0 sub, 1 arg, 2 coef
+    CmpSide side[2];
+    uint32_t i;      // the term being compared
+    uint32_t stage;  // what comes next in term i: 0 sub, 1 arg, 2 coef
 };
 
 // The pending levels of Ord_cmp; kept between calls, grown on demand.
@@ -36,30 +46,51 @@ static inline int32_t cmp_shallow(Ord x, Ord y)
     return 2;
 }
 
+static CmpSide side_of(Ord x)
+{
+    return CmpSide{x.terms, x.count, ROPE_NONE, nullptr, RopeLen_small(0)};
+}
+
+// The level at frame `at` of a lazy value's rope.
+static CmpSide side_at(RopeNode *r, RopeLen at)
+{
+    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
+    RopeLen rest;
+    RopeLen_add(&rest, at, RopeLen_small(1));
+    return CmpSide{f->level.terms, f->level.count, f->hole, r, rest};
+}
+
+// Field `stage` (0 sub, 1 arg) of term i of a side.
+static Ord side_field(const CmpSide *s, uint32_t i, uint32_t stage)
+{
+    const OrdTerm *t = &s->terms[i];
+    if (s->hole != ROPE_NONE && i + 1 == s->count && s->hole == (stage == 0 ? ROPE_SUB : ROPE_ARG))
+        return Ord_fromrope(rope_rest(s->rope, s->at));
+    return stage == 0 ? t->sub : t->arg;
+}
+
 // Opens lazy values for comparison: two ropes agree on their longest common
 // prefix of frames, which is passed over by hash, and the comparison goes on
 // at the first frames that differ (the same frame around two values orders
-// them as the values are ordered). Returns the result, or 2 with *x and *y
-// replaced by term arrays to compare.
-static int32_t cmp_open(Ord *x, Ord *y)
+// them as the values are ordered). Returns the result, or 2 with the sides
+// to compare.
+static int32_t cmp_open(Ord x, Ord y, CmpSide side[2])
 {
-    if (Ord_islazy(*x) && Ord_islazy(*y)) {
-        RopeNode *a = Ord_lazyrope(*x), *b = Ord_lazyrope(*y);
-        RopeLen common = rope_lcp(a, b);
+    RopeLen common = RopeLen_small(0);
+    if (Ord_islazy(x) && Ord_islazy(y)) {
+        RopeNode *a = Ord_lazyrope(x), *b = Ord_lazyrope(y);
+        common = rope_lcp(a, b);
         int32_t ends_a = RopeLen_cmp(common, rope_length(a)) == 0;
         int32_t ends_b = RopeLen_cmp(common, rope_length(b)) == 0;
         if (ends_a || ends_b)
             return ends_b - ends_a;
-        *x = Ord_fromrope(rope_drop(a, common));
-        *y = Ord_fromrope(rope_drop(b, common));
     }
-    *x = Ord_force(*x);
-    *y = Ord_force(*y);
-    int32_t r = cmp_shallow(*x, *y);
-    return r == 3 ? 2 : r;
+    side[0] = Ord_islazy(x) ? side_at(Ord_lazyrope(x), common) : side_of(x);
+    side[1] = Ord_islazy(y) ? side_at(Ord_lazyrope(y), common) : side_of(y);
+    return 2;
 }
 
-static CmpFrame *cmp_push(uint32_t depth, Ord x, Ord y)
+static CmpFrame *cmp_push(uint32_t depth, const CmpSide side[2])
 {
     if (depth >= cmp_capacity) {
         uint32_t capacity = cmp_capacity ? cmp_capacity * 2 : 64;
@@ -69,48 +100,60 @@ static CmpFrame *cmp_push(uint32_t depth, Ord x, Ord y)
         cmp_stack = grown;
         cmp_capacity = capacity;
     }
-    cmp_stack[depth] = CmpFrame{x.terms, y.terms, x.count, y.count, 0, 0};
+    cmp_stack[depth] = CmpFrame{{side[0], side[1]}, 0, 0};
     return &cmp_stack[depth];
+}
+
+// The sides of a pair that cmp_shallow could not decide (2 or 3), or the
+// result when opening lazy values decides it.
+static int32_t cmp_sides(int32_t r, Ord x, Ord y, CmpSide side[2])
+{
+    if (r == 3)
+        return cmp_open(x, y, side);
+    side[0] = side_of(x);
+    side[1] = side_of(y);
+    return 2;
 }
 
 int32_t Ord_cmp(Ord x, Ord y)
 {
+    CmpSide side[2];
     int32_t r = cmp_shallow(x, y);
-    if (r == 3)
-        r = cmp_open(&x, &y);
+    if (r >= 2)
+        r = cmp_sides(r, x, y, side);
     if (r != 2)
         return r;
     // a difference anywhere decides at once, so the stack only holds levels
     // that are equal so far; a finished level hands 0 back to its parent
     uint32_t depth = 1;
-    CmpFrame *f = cmp_push(0, x, y);
+    CmpFrame *f = cmp_push(0, side);
     for (;;) {
-        if (f->i >= f->nx || f->i >= f->ny) {
+        uint32_t nx = f->side[0].count, ny = f->side[1].count;
+        if (f->i >= nx || f->i >= ny) {
             // x goes on where y has ended: y is a proper prefix, and the reverse
-            if (f->nx != f->ny)
-                return f->nx < f->ny ? -1 : 1;
+            if (nx != ny)
+                return nx < ny ? -1 : 1;
             if (--depth == 0)
                 return 0;
             f = &cmp_stack[depth - 1];
             continue;
         }
-        const OrdTerm *s = &f->x[f->i];
-        const OrdTerm *t = &f->y[f->i];
         if (f->stage == 2) {
-            if (s->coef != t->coef)
-                return s->coef < t->coef ? -1 : 1;
+            uint32_t s = f->side[0].terms[f->i].coef, t = f->side[1].terms[f->i].coef;
+            if (s != t)
+                return s < t ? -1 : 1;
             f->i++;
             f->stage = 0;
             continue;
         }
-        Ord a = f->stage == 0 ? s->sub : s->arg;
-        Ord b = f->stage == 0 ? t->sub : t->arg;
+        Ord a = side_field(&f->side[0], f->i, f->stage);
+        Ord b = side_field(&f->side[1], f->i, f->stage);
         f->stage++;
         r = cmp_shallow(a, b);
-        if (r == 3)
-            r = cmp_open(&a, &b);
+        if (r >= 2)
+            r = cmp_sides(r, a, b, side);
         if (r == 2) {
-            f = cmp_push(depth++, a, b);
+            f = cmp_push(depth++, side);
             continue;
         }
         if (r)

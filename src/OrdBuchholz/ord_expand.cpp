@@ -176,6 +176,11 @@ static RopeLen index_add(RopeLen a, RopeLen b)
     return r;
 }
 
+static bool may_hold_multiple(const RopeNode *n, void *)
+{
+    return n->marks & ROPE_MARK_MULTIPLE;
+}
+
 static bool frame_is_multiple(uint32_t id, void *)
 {
     const RopeFrame *f = rope_frame_get(id);
@@ -191,7 +196,7 @@ static RopeNode *split_multiples(RopeNode *part, RopeNode *whole, RopeLen offset
     RopeNode *done = nullptr;
     for (;;) {
         bool found = false;
-        RopeLen q = rope_find_last(part, frame_is_multiple, nullptr, &found);
+        RopeLen q = rope_find_last_pruned(part, may_hold_multiple, frame_is_multiple, nullptr, &found);
         if (!found)
             return rope_concat(part, done);
         RopeLen one = RopeLen_small(1);
@@ -212,8 +217,19 @@ static RopeNode *split_multiples(RopeNode *part, RopeNode *whole, RopeLen offset
 }
 
 struct SourceSearch {
-    Ord a;  // the subscript of the Omega_a at the bottom
+    Ord a;            // the subscript of the Omega_a at the bottom
+    uint32_t number;  // a when it is finite, else UINT32_MAX
 };
+
+// Whether a part of the rope can hold a psi_s with s below a: a finite s
+// below a, or one that is not finite when a is not.
+static bool may_hold_source(const RopeNode *n, void *ctx)
+{
+    const SourceSearch *search = (const SourceSearch *)ctx;
+    if (search->number == UINT32_MAX)
+        return n->least_sub != UINT32_MAX || (n->marks & ROPE_MARK_INFINITE_SUB);
+    return n->least_sub < search->number;
+}
 
 static bool frame_is_source(uint32_t id, void *ctx)
 {
@@ -236,43 +252,62 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     OrdExpansion r = expansion_new(n);
     Ord front = split_front(bottom, z);
     DynArray_append(&r.keep, &front);
-    Ord p = Ord_pred(z);
-    DynArray_append(&r.keep, &p);
-    RopeNode **members = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
-    if (!members)
+    // p once per value, not per expansion: as a rope it is the same array
+    // wherever it comes from, so frames holding it are the same frames
+    Ord pred = Ord_pred(z);
+    DynArray_append(&r.keep, &pred);
+    Ord p = pred.count ? Ord_fromrope(Ord_rope(pred)) : Ord_zero();
+    // the members at the bottom level, its front terms in place: member i of
+    // the one copy of the last term expanded, after the rest of the level
+    RopeNode **heads = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
+    if (!heads)
         REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
-    members[0] = nullptr;
+    heads[0] = rope_prepend_terms(front, nullptr);
     if (bottom->hole == ROPE_ARG) {
         // successor argument: 0, psi_a(p), psi_a(p).2, ...
         for (int32_t i = 1; i < n; i++) {
             Ord t = Ord_term((uint32_t)i, bt->sub, p);
-            members[i] = Ord_rope(t);
+            heads[i] = rope_prepend_terms(front, Ord_rope(t));
             Ord_freearray(t);
         }
     } else {
         // Omega_a: iterate the template from the nearest enclosing psi_s, s
         // below a, which is always one whose argument the chain follows
-        SourceSearch search = {z};
+        bool finite = z.count == 1 && OrdTerm_isfinite(&z.terms[0]);
+        SourceSearch search = {z, finite ? z.terms[0].coef : UINT32_MAX};
         bool found = false;
-        RopeLen from = rope_find_last(above, frame_is_source, &search, &found);
+        RopeLen from = rope_find_last_pruned(above, may_hold_source, frame_is_source, &search, &found);
         from = found ? index_add(from, one) : RopeLen_small(0);
         RopeNode *tmpl = split_multiples(rope_drop(above, from), R, from, &r.keep);
         Ord head = Ord_term(1, p, Ord_zero());
         RopeNode *psi = rope_leaf(rope_frame(head, ROPE_ARG));
         Ord_freearray(head);
-        for (int32_t i = 1; i < n; i++)
-            members[i] = rope_wrap(psi, rope_wrap(tmpl, rope_prepend_terms(front, members[i - 1])));
+        // member i is psi_p of the template around member i - 1: psi_p, then
+        // i - 1 times the template and psi_p, then the template around member 0
+        RopeNode *lead = rope_prepend_terms(front, psi);
+        RopeNode *first = rope_wrap(tmpl, heads[0]);
+        if (first) {
+            RopeNode *step = rope_concat(tmpl, lead);
+            for (int32_t i = 1; i < n; i++)
+                heads[i] = rope_concat(lead, rope_concat(rope_repeat(step, (uint64_t)i - 1), first));
+        } else {
+            RopeNode *m = nullptr;
+            for (int32_t i = 1; i < n; i++) {
+                m = rope_wrap(psi, rope_wrap(tmpl, rope_prepend_terms(front, m)));
+                heads[i] = rope_prepend_terms(front, m);
+            }
+        }
     }
     RopeNode *frames = split_multiples(above, R, RopeLen_small(0), &r.keep);
     for (int32_t i = 0; i < n; i++) {
-        RopeNode *m = rope_wrap(frames, rope_prepend_terms(front, members[i]));
+        RopeNode *m = rope_wrap(frames, heads[i]);
         // a member of one frame is a term array of the store's: the
         // expansion owns a copy, as it owns every member's top array
         r.seq[i] = m ? Ord_fromrope(m) : Ord_zero();
         if (r.seq[i].count && !Ord_islazy(r.seq[i]))
             r.seq[i] = Ord_copy(r.seq[i]);
     }
-    free(members);
+    free(heads);
     if (rope_too_long) {
         // a chain past 2^512 levels: beyond what this line can hold
         rope_too_long = false;

@@ -123,6 +123,18 @@ RopeNode *Ord_rope(Ord x)
     return rope_concat(rope_of_ids(DynArray_at<uint32_t>(&ids, 0), 0, ids.count), tail);
 }
 
+RopeNode *rope_rest(RopeNode *r, RopeLen at)
+{
+    // made in the store that holds r, so that it lives exactly as long (the
+    // store goes by ord_arena being set or not)
+    MemStack *arena = ord_arena;
+    static MemStack temporary_mark;
+    ord_arena = r->temporary ? (arena ? arena : &temporary_mark) : nullptr;
+    RopeNode *rest = rope_drop(r, at);
+    ord_arena = arena;
+    return rest;
+}
+
 Ord Ord_force(Ord x)
 {
     if (!Ord_islazy(x))
@@ -135,12 +147,7 @@ Ord Ord_force(Ord x)
     if (slot)
         return Ord{f->level.count, ((ForcedArray *)slot->value)->terms};
 
-    // the frame's terms, with the rest of the chain in the field it follows;
-    // the rest is made in the store that holds the rope, so that it lives
-    // exactly as long (the store goes by ord_arena being set or not)
-    MemStack *arena = ord_arena;
-    static MemStack temporary_mark;
-    ord_arena = r->temporary ? (arena ? arena : &temporary_mark) : nullptr;
+    // the frame's terms, with the rest of the chain in the field it follows
     size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);
     ForcedArray *forced = (ForcedArray *)malloc(sizeof(ForcedArray) + bytes);
     if (!forced)
@@ -149,11 +156,10 @@ Ord Ord_force(Ord x)
     OrdTerm *terms = forced->terms;
     memcpy(terms, f->level.terms, bytes);
     if (f->hole != ROPE_NONE) {
-        Ord rest = Ord_fromrope(rope_drop(r, RopeLen_small(1)));
+        Ord rest = Ord_fromrope(rope_rest(r, RopeLen_small(1)));
         OrdTerm *last = &terms[f->level.count - 1];
         (f->hole == ROPE_ARG ? last->arg : last->sub) = rest;
     }
-    ord_arena = arena;
     ord_lazy_bytes += sizeof(ForcedArray) + bytes;
     bool added;
     OrdMap_insert(memo, x, &added)->value = forced;

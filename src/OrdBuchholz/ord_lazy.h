@@ -36,6 +36,11 @@ Ord Ord_fromrope(RopeNode *r);
 // array costs one frame per level of its chain down to the first lazy value.
 RopeNode *Ord_rope(Ord x);
 
+// The frames of r from `at` on, made in the store that holds r whatever the
+// mode of the moment: what a lazy value's top array points at lives as long
+// as the value.
+RopeNode *rope_rest(RopeNode *r, RopeLen at);
+
 // The rope of the term array `head` followed by the terms of y, concatenated
 // with no absorption; y is a rope (null for 0), head a term array (0 for none).
 RopeNode *rope_prepend_terms(Ord head, RopeNode *y);

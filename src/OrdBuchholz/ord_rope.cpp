@@ -61,7 +61,7 @@ struct RopeVisit {
 };
 
 // the header promises this size to whoever budgets the store
-static_assert(sizeof(RopeNode) == 136, "RopeNode changed size");
+static_assert(sizeof(RopeNode) == 144, "RopeNode changed size");
 
 // ---- globals ----
 
@@ -394,6 +394,25 @@ static bool node_same(const void *entry, const void *key)
     return x->kind == y->kind && x->frame == y->frame && x->a == y->a && x->b == y->b && x->k == y->k;
 }
 
+// The marks of a leaf, read off its frame.
+static void leaf_marks(RopeNode *n, const RopeFrame *f)
+{
+    const OrdTerm *last = &f->level.terms[f->level.count - 1];
+    n->marks = 0;
+    n->least_sub = UINT32_MAX;
+    if (f->hole != ROPE_NONE && last->coef > 1)
+        n->marks |= ROPE_MARK_MULTIPLE;
+    if (f->hole != ROPE_ARG)
+        return;
+    Ord sub = last->sub;
+    if (sub.count == 0)
+        n->least_sub = 0;
+    else if (sub.count == 1 && OrdTerm_isfinite(&sub.terms[0]))
+        n->least_sub = sub.terms[0].coef;
+    else
+        n->marks |= ROPE_MARK_INFINITE_SUB;
+}
+
 // The node of key's kind and children, found in a store or made: the derived
 // fields are computed only for a new node.
 static RopeNode *node_intern(RopeNode *key)
@@ -428,9 +447,12 @@ static RopeNode *node_intern(RopeNode *key)
             n->hash[m] = rec->letter[m];
             n->power[m] = HASH_BASE[m];
         }
+        leaf_marks(n, &rec->frame);
     } else if (n->kind == ROPE_CONCAT) {
         n->len = len_add(n->a->len, n->b->len);
         n->height = 1 + (n->a->height > n->b->height ? n->a->height : n->b->height);
+        n->marks = n->a->marks | n->b->marks;
+        n->least_sub = n->a->least_sub < n->b->least_sub ? n->a->least_sub : n->b->least_sub;
         for (int32_t m = 0; m < 2; m++) {
             n->hash[m] = mod_add(mod_mul(n->a->hash[m], n->b->power[m]), n->b->hash[m]);
             n->power[m] = mod_mul(n->a->power[m], n->b->power[m]);
@@ -438,6 +460,8 @@ static RopeNode *node_intern(RopeNode *key)
     } else {
         n->len = len_mul(n->a->len, n->k);
         n->height = 1 + n->a->height;
+        n->marks = n->a->marks;
+        n->least_sub = n->a->least_sub;
         for (int32_t m = 0; m < 2; m++) {
             uint64_t sum;
             mod_geometric(n->a->power[m], n->k, &n->power[m], &sum);
@@ -869,6 +893,12 @@ static void visit_push(DynArray *stack, const RopeNode *n, RopeLen offset, bool 
 
 RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
 {
+    return rope_find_last_pruned(n, nullptr, keep, ctx, found);
+}
+
+RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                              bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+{
     *found = false;
     RopeLen result = RopeLen_small(0);
     if (!n)
@@ -887,6 +917,8 @@ RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx
             continue;
         }
         if (table_find(&failed, pointer_hash_of(key), same_pointer, key))
+            continue;
+        if (may_hold && !may_hold(v.node, ctx))
             continue;
         if (v.node->kind == ROPE_LEAF) {
             if (keep(v.node->frame, ctx)) {

@@ -130,7 +130,16 @@ struct RopeNode {
     uint32_t key_hash; // of (kind, frame or children), for interning
     uint8_t kind;      // ROPE_LEAF, ROPE_CONCAT or ROPE_REPEAT
     uint8_t temporary; // 1 in the temporary store
+    // what a search may skip: ROPE_MARK_* of any frame spelled, and the least
+    // finite sub among the frames that follow an arg (UINT32_MAX for none)
+    uint8_t marks;
+    uint32_t least_sub;
 };
+
+// A frame that follows a field from a last term of coefficient above 1.
+constexpr uint8_t ROPE_MARK_MULTIPLE = 1;
+// A frame that follows an arg from a last term whose sub is not finite.
+constexpr uint8_t ROPE_MARK_INFINITE_SUB = 2;
 
 // Set when a constructor returned null because its result would pass 2^512 - 1
 // frames; only the caller clears it. Start value false.
@@ -175,6 +184,10 @@ bool rope_equal(const RopeNode *a, const RopeNode *b);
 // per distinct leaf: within a repeat only the last copy is searched.
 RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx), void *ctx,
                        bool *found);
+// The same, passing over every node for which may_hold(node, ctx) is false:
+// a search that reads the marks finds what it looks for in O(height) steps.
+RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                              bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found);
 
 // ---- the stores ----
 
