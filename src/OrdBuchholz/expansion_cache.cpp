@@ -28,7 +28,7 @@ struct CacheEntry {
     bool live;
 };
 
-uint64_t expansion_cache_budget = (uint64_t)384 << 20;
+uint64_t expansion_cache_budget = (uint64_t)96 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry

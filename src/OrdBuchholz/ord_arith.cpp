@@ -76,17 +76,20 @@ static Ord side_field(const CmpSide *s, uint32_t i, uint32_t stage)
 // to compare.
 static int32_t cmp_open(Ord x, Ord y, CmpSide side[2])
 {
-    RopeLen common = RopeLen_small(0);
-    if (Ord_islazy(x) && Ord_islazy(y)) {
-        RopeNode *a = Ord_lazyrope(x), *b = Ord_lazyrope(y);
-        common = rope_lcp(a, b);
-        int32_t ends_a = RopeLen_cmp(common, rope_length(a)) == 0;
-        int32_t ends_b = RopeLen_cmp(common, rope_length(b)) == 0;
-        if (ends_a || ends_b)
-            return ends_b - ends_a;
+    if (!Ord_islazy(x) || !Ord_islazy(y)) {
+        // against a term array: the lazy side's own top array, kept with it
+        side[0] = side_of(Ord_force(x));
+        side[1] = side_of(Ord_force(y));
+        return 2;
     }
-    side[0] = Ord_islazy(x) ? side_at(Ord_lazyrope(x), common) : side_of(x);
-    side[1] = Ord_islazy(y) ? side_at(Ord_lazyrope(y), common) : side_of(y);
+    RopeNode *a = Ord_lazyrope(x), *b = Ord_lazyrope(y);
+    RopeLen common = rope_lcp(a, b);
+    int32_t ends_a = RopeLen_cmp(common, rope_length(a)) == 0;
+    int32_t ends_b = RopeLen_cmp(common, rope_length(b)) == 0;
+    if (ends_a || ends_b)
+        return ends_b - ends_a;
+    side[0] = side_at(a, common);
+    side[1] = side_at(b, common);
     return 2;
 }
 

@@ -123,8 +123,69 @@ RopeNode *Ord_rope(Ord x)
     return rope_concat(rope_of_ids(DynArray_at<uint32_t>(&ids, 0), 0, ids.count), tail);
 }
 
+// Rests made, by rope and place: comparisons and printing ask for the same
+// ones again and again, and a cut costs the height of the rope in joins.
+struct RestEntry {
+    RopeNode *rope;  // null for an empty slot
+    RopeLen at;
+    RopeNode *rest;
+};
+struct RestTable {
+    RestEntry *slots;
+    uint32_t capacity, count;
+};
+static RestTable rests_kept, rests_temporary;
+static uint64_t rests_clears = 0, rests_rewinds = 0;
+
+static void rests_empty(RestTable *t)
+{
+    free(t->slots);
+    *t = RestTable{nullptr, 0, 0};
+}
+
+static uint32_t rest_slot(const RestTable *t, RopeNode *r, RopeLen at)
+{
+    uint64_t h = ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+    uint32_t mask = t->capacity - 1;
+    for (uint32_t i = (uint32_t)(h >> 32) & mask;; i = (i + 1) & mask) {
+        const RestEntry *e = &t->slots[i];
+        if (!e->rope || (e->rope == r && RopeLen_cmp(e->at, at) == 0))
+            return i;
+    }
+}
+
+static void rest_add(RestTable *t, RopeNode *r, RopeLen at, RopeNode *rest)
+{
+    if ((t->count + 1) * 4 > t->capacity * 3) {
+        RestTable old = *t;
+        t->capacity = old.capacity ? old.capacity * 2 : 1024;
+        t->slots = (RestEntry *)calloc(t->capacity, sizeof(RestEntry));
+        if (!t->slots)
+            REPORT(REPORT_FATAL, "Out of memory for the rests of compressed ordinals", 0);
+        t->count = 0;
+        for (uint32_t i = 0; i < old.capacity; i++)
+            if (old.slots[i].rope)
+                rest_add(t, old.slots[i].rope, old.slots[i].at, old.slots[i].rest);
+        free(old.slots);
+    }
+    t->slots[rest_slot(t, r, at)] = RestEntry{r, at, rest};
+    t->count++;
+}
+
 RopeNode *rope_rest(RopeNode *r, RopeLen at)
 {
+    if (rests_clears != rope_clears)
+        rests_empty(&rests_kept);
+    if (rests_rewinds != rope_rewinds)
+        rests_empty(&rests_temporary);
+    rests_clears = rope_clears;
+    rests_rewinds = rope_rewinds;
+    RestTable *t = r->temporary ? &rests_temporary : &rests_kept;
+    if (t->capacity) {
+        const RestEntry *e = &t->slots[rest_slot(t, r, at)];
+        if (e->rope)
+            return e->rest;
+    }
     // made in the store that holds r, so that it lives exactly as long (the
     // store goes by ord_arena being set or not)
     MemStack *arena = ord_arena;
@@ -132,6 +193,7 @@ RopeNode *rope_rest(RopeNode *r, RopeLen at)
     ord_arena = r->temporary ? (arena ? arena : &temporary_mark) : nullptr;
     RopeNode *rest = rope_drop(r, at);
     ord_arena = arena;
+    rest_add(t, r, at, rest);
     return rest;
 }
 
