@@ -238,11 +238,25 @@ bool Ord_issuccessor(Ord x)
     return x.count != 0 && OrdTerm_isfinite(Ord_lastterm(x));
 }
 
+// A level of a tower: one term (1, 0, t), t the level below.
+static bool frame_leaves_tower(uint32_t id, void *)
+{
+    const RopeFrame *f = rope_frame_get(id);
+    const OrdTerm *t = &f->level.terms[0];
+    bool psi0 = f->level.count == 1 && t->coef == 1 && t->sub.count == 0;
+    return !(psi0 && (f->hole == ROPE_ARG || (f->hole == ROPE_NONE && t->arg.count == 0)));
+}
+
 bool is_omega_tower(Ord x)
 {
     // walk down the tower iteratively: its height is the nesting depth
     while (x.count) {
-        x = Ord_force(x);
+        if (Ord_islazy(x)) {
+            // the rest held compressed: every frame must be a level of it
+            bool found;
+            rope_find_last(Ord_lazyrope(x), frame_leaves_tower, nullptr, &found);
+            return !found;
+        }
         if (x.count != 1 || x.terms[0].coef != 1 || x.terms[0].sub.count != 0)
             return false;
         x = x.terms[0].arg;
