@@ -28,7 +28,7 @@ struct CacheEntry {
     bool live;
 };
 
-uint64_t expansion_cache_budget = (uint64_t)96 << 20;
+uint64_t expansion_cache_budget = (uint64_t)128 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry
@@ -333,6 +333,8 @@ void expansion_cache_frame()
             entry_evict(i);
     }
     cache_shrink(cache_frame, expansion_cache_budget);
+    // what was forced last frame is made again as it is read
+    ord_lazy_trim();
     // the rope store is dropped whole, since its ropes share one another
     // without counts: everything kept goes with it and is built again
     cache_check_ropes();

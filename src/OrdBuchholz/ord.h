@@ -34,9 +34,11 @@
 
 // The coefficient that marks I, the limit of 1, Omega, Omega_Omega, ...
 constexpr uint32_t ORD_COEF_I = 0xFFFFFFFFu;
-// The count that marks a lazy value: its `terms` is a rope of the chain
-// (OrdBuchholz/ord_lazy.h), and its terms are read through Ord_force.
+// The counts that mark a lazy value: its `terms` is a rope of the chain, or a
+// place in one (OrdBuchholz/ord_lazy.h), and its terms are read through
+// Ord_force.
 constexpr uint32_t ORD_LAZY = 0xFFFFFFFFu;
+constexpr uint32_t ORD_LAZY_PLACE = 0xFFFFFFFEu;
 
 struct OrdTerm;
 
@@ -62,7 +64,7 @@ struct Ord {
 // True for a value held compressed, whose terms must be read via Ord_force.
 inline bool Ord_islazy(Ord x)
 {
-    return x.count == ORD_LAZY;
+    return x.count >= ORD_LAZY_PLACE;
 }
 // x itself, or for a lazy x its top array (made once, kept with the rope):
 // whoever reads `count` or `terms` of a value that may be lazy forces it first.

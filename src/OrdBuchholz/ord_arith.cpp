@@ -69,6 +69,11 @@ static Ord side_field(const CmpSide *s, uint32_t i, uint32_t stage)
     return stage == 0 ? t->sub : t->arg;
 }
 
+// Levels that one comparison may still open from places in ropes one at a
+// time, before it cuts the rest out and passes common prefixes by hash.
+constexpr int32_t CMP_PLACE_LEVELS = 64;
+static int32_t cmp_place_levels = 0;
+
 // Opens lazy values for comparison: two ropes agree on their longest common
 // prefix of frames, which is passed over by hash, and the comparison goes on
 // at the first frames that differ (the same frame around two values orders
@@ -76,8 +81,12 @@ static Ord side_field(const CmpSide *s, uint32_t i, uint32_t stage)
 // to compare.
 static int32_t cmp_open(Ord x, Ord y, CmpSide side[2])
 {
-    if (!Ord_islazy(x) || !Ord_islazy(y)) {
-        // against a term array: the lazy side's own top array, kept with it
+    // against a term array, or a few levels down from places in ropes (which
+    // would have to be cut out as ropes of their own for their prefixes to be
+    // compared): the lazy sides' own top arrays
+    bool place = x.count == ORD_LAZY_PLACE || y.count == ORD_LAZY_PLACE;
+    if (!Ord_islazy(x) || !Ord_islazy(y) || (place && cmp_place_levels > 0)) {
+        cmp_place_levels -= place ? 1 : 0;
         side[0] = side_of(Ord_force(x));
         side[1] = side_of(Ord_force(y));
         return 2;
@@ -120,6 +129,7 @@ static int32_t cmp_sides(int32_t r, Ord x, Ord y, CmpSide side[2])
 
 int32_t Ord_cmp(Ord x, Ord y)
 {
+    cmp_place_levels = CMP_PLACE_LEVELS;
     CmpSide side[2];
     int32_t r = cmp_shallow(x, y);
     if (r >= 2)

@@ -40,6 +40,84 @@ struct ForcedArray {
     OrdTerm terms[];
 };
 
+// A place in a rope: the value spelled by its frames from `at` on. Places
+// are made once per rope and index, so that a place has one identity.
+struct LazyPlace {
+    RopeNode *rope;
+    RopeLen at;
+    RopeNode *rest;  // the rope from `at` on, once something asked for it
+};
+struct PlaceTable {
+    LazyPlace **slots;
+    uint32_t capacity, count;
+};
+static PlaceTable places_kept, places_temporary;
+static uint64_t places_clears = 0, places_rewinds = 0;
+
+static void places_empty(PlaceTable *t)
+{
+    ord_lazy_bytes -= (uint64_t)t->count * sizeof(LazyPlace);
+    for (uint32_t i = 0; i < t->capacity; i++)
+        free(t->slots[i]);
+    free(t->slots);
+    *t = PlaceTable{nullptr, 0, 0};
+}
+
+static uint32_t place_slot(const PlaceTable *t, RopeNode *r, RopeLen at)
+{
+    uint64_t h = ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+    uint32_t mask = t->capacity - 1;
+    for (uint32_t i = (uint32_t)(h >> 32) & mask;; i = (i + 1) & mask) {
+        const LazyPlace *e = t->slots[i];
+        if (!e || (e->rope == r && RopeLen_cmp(e->at, at) == 0))
+            return i;
+    }
+}
+
+// The place of frame `at` of r, at least 1 and below r's length minus 1.
+static Ord place_of(RopeNode *r, RopeLen at)
+{
+    if (places_clears != rope_clears)
+        places_empty(&places_kept);
+    if (places_rewinds != rope_rewinds)
+        places_empty(&places_temporary);
+    places_clears = rope_clears;
+    places_rewinds = rope_rewinds;
+    PlaceTable *t = r->temporary ? &places_temporary : &places_kept;
+    if ((t->count + 1) * 4 > t->capacity * 3) {
+        PlaceTable old = *t;
+        t->capacity = old.capacity ? old.capacity * 2 : 1024;
+        t->slots = (LazyPlace **)calloc(t->capacity, sizeof(LazyPlace *));
+        if (!t->slots)
+            REPORT(REPORT_FATAL, "Out of memory for places in compressed ordinals", 0);
+        for (uint32_t i = 0; i < old.capacity; i++)
+            if (old.slots[i])
+                t->slots[place_slot(t, old.slots[i]->rope, old.slots[i]->at)] = old.slots[i];
+        free(old.slots);
+    }
+    uint32_t i = place_slot(t, r, at);
+    if (!t->slots[i]) {
+        LazyPlace *p = (LazyPlace *)malloc(sizeof(LazyPlace));
+        if (!p)
+            REPORT(REPORT_FATAL, "Out of memory for places in compressed ordinals", 0);
+        *p = LazyPlace{r, at, nullptr};
+        t->slots[i] = p;
+        t->count++;
+        ord_lazy_bytes += sizeof(LazyPlace);
+    }
+    return Ord{ORD_LAZY_PLACE, (OrdTerm *)(void *)t->slots[i]};
+}
+
+RopeNode *Ord_lazyrope(Ord x)
+{
+    if (x.count == ORD_LAZY)
+        return (RopeNode *)(void *)x.terms;
+    LazyPlace *p = (LazyPlace *)(void *)x.terms;
+    if (!p->rest)
+        p->rest = rope_rest(p->rope, p->at);
+    return p->rest;
+}
+
 // A level being put together before the store copies it.
 static OrdTerm *scratch = nullptr;
 static uint32_t scratch_capacity = 0;
@@ -202,8 +280,18 @@ Ord Ord_force(Ord x)
     if (!Ord_islazy(x))
         return x;
     forced_check();
-    RopeNode *r = Ord_lazyrope(x);
-    const RopeFrame *f = rope_frame_get(rope_first_frame(r));
+    // the rope and the index of the value's first frame
+    RopeNode *r;
+    RopeLen at;
+    if (x.count == ORD_LAZY) {
+        r = (RopeNode *)(void *)x.terms;
+        at = RopeLen_small(0);
+    } else {
+        const LazyPlace *place = (const LazyPlace *)(void *)x.terms;
+        r = place->rope;
+        at = place->at;
+    }
+    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
     OrdMap *memo = r->temporary ? &forced_temporary : &forced_kept;
     OrdMapSlot *slot = OrdMap_find(memo, x);
     if (slot)
@@ -218,7 +306,12 @@ Ord Ord_force(Ord x)
     OrdTerm *terms = forced->terms;
     memcpy(terms, f->level.terms, bytes);
     if (f->hole != ROPE_NONE) {
-        Ord rest = Ord_fromrope(rope_rest(r, RopeLen_small(1)));
+        // the rest is the place of the next frame; the last frame alone is
+        // the store's term array
+        RopeLen next;
+        RopeLen_add(&next, at, RopeLen_small(1));
+        RopeLen final = RopeLen_sub(rope_length(r), RopeLen_small(1));
+        Ord rest = RopeLen_cmp(next, final) == 0 ? rope_frame_get(rope_last_frame(r))->level : place_of(r, next);
         OrdTerm *last = &terms[f->level.count - 1];
         (f->hole == ROPE_ARG ? last->arg : last->sub) = rest;
     }
@@ -270,6 +363,15 @@ static void forced_drop(OrdMap *memo)
     }
     OrdMap_free(memo);
     OrdMap_init(memo, 1024);
+}
+
+void ord_lazy_trim()
+{
+    forced_check();
+    forced_drop(&forced_kept);
+    forced_drop(&forced_temporary);
+    places_empty(&places_kept);
+    places_empty(&places_temporary);
 }
 
 void ord_lazy_rewind()

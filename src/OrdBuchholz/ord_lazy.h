@@ -8,7 +8,10 @@
 // again and again, so a rope of frames (concatenations shared by hash-consing)
 // holds them in about the size of what is new in them.
 //
-// A lazy value is an Ord with count ORD_LAZY whose `terms` is the rope. It
+// A lazy value is an Ord with count ORD_LAZY whose `terms` is the rope, or
+// with count ORD_LAZY_PLACE whose `terms` is a place in a rope (a rope and a
+// frame index): the rest of a chain below a forced level is such a place, so
+// reading down a chain costs a descent of the rope per level, not a cut. It
 // spells an ordinal like any other: Ord_force gives its top array, with the
 // rest of its chain again lazy in the field followed. Comparison, expansion and
 // templates work on the rope itself; everything else forces as it reads.
@@ -22,11 +25,9 @@
 #include "OrdBuchholz/ord.h"
 #include "OrdBuchholz/ord_rope.h"
 
-// The rope of a lazy value.
-inline RopeNode *Ord_lazyrope(Ord x)
-{
-    return (RopeNode *)(void *)x.terms;
-}
+// The rope of a lazy value; for a place in a rope, the rope from there on,
+// made once.
+RopeNode *Ord_lazyrope(Ord x);
 // The value a rope spells; r not null, its last frame one that follows nothing.
 // A rope of one frame gives that frame's term array, which belongs to the
 // store (copy it to keep or free it); a longer one gives a lazy value, whose
@@ -49,8 +50,12 @@ RopeNode *rope_prepend_terms(Ord head, RopeNode *y);
 // chain is then read on from what that frame holds.
 RopeNode *rope_wrap(RopeNode *above, RopeNode *y);
 
-// Bytes of forced arrays kept.
+// Bytes of forced arrays and places kept.
 extern uint64_t ord_lazy_bytes;
+// Drops every forced array and place, which only a walk in progress or a
+// text being written uses: the ropes stay. Called between frames, and
+// between texts where many are written.
+void ord_lazy_trim();
 // Drops what the temporary part of the rope store holds, and the arrays forced
 // from it: the frame loop calls it when it rewinds the arena.
 void ord_lazy_rewind();

@@ -37,6 +37,14 @@ static int32_t skipped_members(const Ord *seq, uint32_t entry, int32_t c, Ord or
     return m;
 }
 
+// Frees the positions a count stepped.
+static void steps_free(DynArray *steps)
+{
+    for (uint32_t i = 0; i < steps->count; i++)
+        Bignum_free(*DynArray_at<Bignum>(steps, i));
+    DynArray_free(steps);
+}
+
 // Moves p on to q (freeing the old p unless it is the borrowed xlo) and
 // makes the next q.
 static void advance(Bignum xlo, Bignum xhi, Bignum *p, Bignum *q)
@@ -119,7 +127,9 @@ static Bignum converging_stop(WalkRecord r)
     return stop;
 }
 
-static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted)
+// The positions stepped are appended to `steps` (the caller frees them): the
+// children are laid out on the same positions where their weights agree.
+static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted, DynArray *steps)
 {
     int32_t n = 0;
     Bignum p = r.xlo, q = {0, nullptr};
@@ -140,10 +150,10 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted)
         }
     }
     while (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
-        if (n == 0)
-            q = converge_step(r.xhi, p);
-        else
-            advance(r.xlo, r.xhi, &p, &q);
+        if (n > 0)
+            p = q;
+        q = converge_step(r.xhi, p);
+        DynArray_append(steps, &q);
         if (n > SEGMENT_STEPPED_TICKS) {
             stepped_out = true;
             break;
@@ -159,9 +169,6 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted)
         Bignum_free(stop);
         *counted = true;
     }
-    if (p.limbs != r.xlo.limbs)
-        Bignum_free(p);
-    Bignum_free(q);
     return n;
 }
 
@@ -268,12 +275,15 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     Bignum_free(minsize);
 
     bool counted;
-    int32_t n = converging_tick_count(r, T, &counted);
+    DynArray steps;
+    DynArray_init(&steps, sizeof(Bignum), 16);
+    int32_t n = converging_tick_count(r, T, &counted, &steps);
     SegmentMembers members = {nullptr, CACHE_OFF, OrdExpansion{}};
     // the sequence with just the length the tick count asks for
     int32_t c = n + 2;
     if (n < 0 || !segment_members(r, c, &members)) {
         Bignum_free(T);
+        steps_free(&steps);
         too_deep_leaf(fn, r);
         segment_depth--;
         return;
@@ -285,6 +295,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
         segment_members_free(&members);
         if (!segment_members(r, c, &members)) {
             Bignum_free(T);
+            steps_free(&steps);
             too_deep_leaf(fn, r);
             segment_depth--;
             return;
@@ -307,6 +318,8 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     }
 
     Bignum p = r.xlo, q = {0, nullptr};
+    // with the weights of the count's steps, its positions are the children's
+    bool reuse = !counted && aw == CONVERGE_RATIO && bw == CONVERGE_COMPLEMENT;
     // where the ticks were counted, not stepped, the children before the
     // view are passed over once, by a jump
     bool skipped_ahead = false;
@@ -316,7 +329,17 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
         WalkRecord child = r;
         child.ordhi_entry = members.entry;
         int32_t child_k;
-        if (i == 0) {
+        if (reuse) {
+            if ((uint32_t)i >= steps.count) {
+                Bignum next = converge_step(r.xhi, i ? q : r.xlo);
+                DynArray_append(&steps, &next);
+            }
+            p = i ? *DynArray_at<Bignum>(&steps, (uint32_t)i - 1) : r.xlo;
+            q = *DynArray_at<Bignum>(&steps, (uint32_t)i);
+            child.ordlo = i ? seq[m + i - 1] : r.ordlo;
+            child.ordhi = seq[m + i];
+            child_k = i ? 0 : k + 1;
+        } else if (i == 0) {
             q = Bignum_lincomb(r.xhi, p, bw, aw);
             child.ordhi = seq[m];
             child_k = k + 1;
@@ -348,9 +371,12 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     }
 
     Bignum_free(T);
-    if (p.limbs != r.xlo.limbs)
-        Bignum_free(p);
-    Bignum_free(q);
+    if (!reuse) {
+        if (p.limbs != r.xlo.limbs)
+            Bignum_free(p);
+        Bignum_free(q);
+    }
+    steps_free(&steps);
     segment_members_free(&members);
     segment_depth--;
 }

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "OrdBuchholz/ord_expand.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "PlotSegment2/tick_classify.h"
 #include "PlotSegment2/tick_walk.h"
 #include "tools/ordtool/ordtool.h"
@@ -19,9 +20,9 @@ static const char line_usage[] =
 static NotationRow line_row;
 static FILE *line_out;
 
-// Most bytes of one text: near the top of the line an ordinal's full text
-// outgrows any file (its nesting can run to 2^500 levels).
-constexpr size_t LINE_TEXT_MAX = 1000000;
+// Most bytes of one text, as for ordtool print: near the top of the line an
+// ordinal's full text outgrows any file.
+constexpr size_t LINE_TEXT_MAX = (size_t)ORDTOOL_MAX_TEXT;
 
 // Every call of the callback: position, kind, text.
 static void line_print_call(WalkRecord r)
@@ -36,6 +37,8 @@ static void line_print_call(WalkRecord r)
     free(text);
     free(position);
     tick_record(r);
+    // a long text forces a long stretch of its chain: let it go again
+    ord_lazy_trim();
 }
 
 int ordtool_line(int argc, char **argv)
