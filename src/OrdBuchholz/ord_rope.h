@@ -39,7 +39,7 @@
 //
 // Garbage. Nothing is freed one by one: the nodes that joins and cuts make on
 // the way stay in their store until it is emptied, so heap-mode work grows
-// the persistent store for good (see rope_store_bytes). A node is 136 bytes.
+// the persistent store for good (see rope_store_bytes). A node is 144 bytes.
 //
 // Lifetimes. A frame shares the sub and arg of its last level with the caller:
 // they must outlive the store that holds the frame (heap values for the
