@@ -47,16 +47,28 @@ struct LazyPlace {
     RopeLen at;
     RopeNode *rest;  // the rope from `at` on, once something asked for it
 };
+
+// Places by rope and index: a table for each store, emptied with its store.
 struct PlaceTable {
     LazyPlace **slots;
     uint32_t capacity, count;
 };
-static PlaceTable places_kept, places_temporary;
-static uint64_t places_clears = 0, places_rewinds = 0;
+struct PlaceTables {
+    PlaceTable kept, temporary;
+    uint64_t clears, rewinds;  // the rope store's, when last looked at
+    bool counted;              // held in ord_lazy_bytes
+};
+// The places handed out as lazy values, let go by ord_lazy_trim; and those
+// whose rests rope_rest has cut, which comparisons and printing ask for again
+// and again (a cut costs the height of the rope in joins), kept as long as
+// their store.
+static PlaceTables places = {{nullptr, 0, 0}, {nullptr, 0, 0}, 0, 0, true};
+static PlaceTables rests = {{nullptr, 0, 0}, {nullptr, 0, 0}, 0, 0, false};
 
-static void places_empty(PlaceTable *t)
+static void places_empty(PlaceTable *t, bool counted)
 {
-    ord_lazy_bytes -= (uint64_t)t->count * sizeof(LazyPlace);
+    if (counted)
+        ord_lazy_bytes -= (uint64_t)t->count * sizeof(LazyPlace);
     for (uint32_t i = 0; i < t->capacity; i++)
         free(t->slots[i]);
     free(t->slots);
@@ -74,16 +86,16 @@ static uint32_t place_slot(const PlaceTable *t, RopeNode *r, RopeLen at)
     }
 }
 
-// The place of frame `at` of r, at least 1 and below r's length minus 1.
-static Ord place_of(RopeNode *r, RopeLen at)
+// The place of frame `at` of r in ts, made with no rest if it is new.
+static LazyPlace *place_record(PlaceTables *ts, RopeNode *r, RopeLen at)
 {
-    if (places_clears != rope_clears)
-        places_empty(&places_kept);
-    if (places_rewinds != rope_rewinds)
-        places_empty(&places_temporary);
-    places_clears = rope_clears;
-    places_rewinds = rope_rewinds;
-    PlaceTable *t = r->temporary ? &places_temporary : &places_kept;
+    if (ts->clears != rope_clears)
+        places_empty(&ts->kept, ts->counted);
+    if (ts->rewinds != rope_rewinds)
+        places_empty(&ts->temporary, ts->counted);
+    ts->clears = rope_clears;
+    ts->rewinds = rope_rewinds;
+    PlaceTable *t = r->temporary ? &ts->temporary : &ts->kept;
     if ((t->count + 1) * 4 > t->capacity * 3) {
         PlaceTable old = *t;
         t->capacity = old.capacity ? old.capacity * 2 : 1024;
@@ -103,9 +115,16 @@ static Ord place_of(RopeNode *r, RopeLen at)
         *p = LazyPlace{r, at, nullptr};
         t->slots[i] = p;
         t->count++;
-        ord_lazy_bytes += sizeof(LazyPlace);
+        if (ts->counted)
+            ord_lazy_bytes += sizeof(LazyPlace);
     }
-    return Ord{ORD_LAZY_PLACE, (OrdTerm *)(void *)t->slots[i]};
+    return t->slots[i];
+}
+
+// The place of frame `at` of r, at least 1 and below r's length minus 1.
+static Ord place_of(RopeNode *r, RopeLen at)
+{
+    return Ord{ORD_LAZY_PLACE, (OrdTerm *)(void *)place_record(&places, r, at)};
 }
 
 RopeNode *Ord_lazyrope(Ord x)
@@ -201,78 +220,19 @@ RopeNode *Ord_rope(Ord x)
     return rope_concat(rope_of_ids(DynArray_at<uint32_t>(&ids, 0), 0, ids.count), tail);
 }
 
-// Rests made, by rope and place: comparisons and printing ask for the same
-// ones again and again, and a cut costs the height of the rope in joins.
-struct RestEntry {
-    RopeNode *rope;  // null for an empty slot
-    RopeLen at;
-    RopeNode *rest;
-};
-struct RestTable {
-    RestEntry *slots;
-    uint32_t capacity, count;
-};
-static RestTable rests_kept, rests_temporary;
-static uint64_t rests_clears = 0, rests_rewinds = 0;
-
-static void rests_empty(RestTable *t)
-{
-    free(t->slots);
-    *t = RestTable{nullptr, 0, 0};
-}
-
-static uint32_t rest_slot(const RestTable *t, RopeNode *r, RopeLen at)
-{
-    uint64_t h = ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
-    uint32_t mask = t->capacity - 1;
-    for (uint32_t i = (uint32_t)(h >> 32) & mask;; i = (i + 1) & mask) {
-        const RestEntry *e = &t->slots[i];
-        if (!e->rope || (e->rope == r && RopeLen_cmp(e->at, at) == 0))
-            return i;
-    }
-}
-
-static void rest_add(RestTable *t, RopeNode *r, RopeLen at, RopeNode *rest)
-{
-    if ((t->count + 1) * 4 > t->capacity * 3) {
-        RestTable old = *t;
-        t->capacity = old.capacity ? old.capacity * 2 : 1024;
-        t->slots = (RestEntry *)calloc(t->capacity, sizeof(RestEntry));
-        if (!t->slots)
-            REPORT(REPORT_FATAL, "Out of memory for the rests of compressed ordinals", 0);
-        t->count = 0;
-        for (uint32_t i = 0; i < old.capacity; i++)
-            if (old.slots[i].rope)
-                rest_add(t, old.slots[i].rope, old.slots[i].at, old.slots[i].rest);
-        free(old.slots);
-    }
-    t->slots[rest_slot(t, r, at)] = RestEntry{r, at, rest};
-    t->count++;
-}
-
 RopeNode *rope_rest(RopeNode *r, RopeLen at)
 {
-    if (rests_clears != rope_clears)
-        rests_empty(&rests_kept);
-    if (rests_rewinds != rope_rewinds)
-        rests_empty(&rests_temporary);
-    rests_clears = rope_clears;
-    rests_rewinds = rope_rewinds;
-    RestTable *t = r->temporary ? &rests_temporary : &rests_kept;
-    if (t->capacity) {
-        const RestEntry *e = &t->slots[rest_slot(t, r, at)];
-        if (e->rope)
-            return e->rest;
-    }
+    LazyPlace *p = place_record(&rests, r, at);
+    if (p->rest)
+        return p->rest;
     // made in the store that holds r, so that it lives exactly as long (the
     // store goes by ord_arena being set or not)
     MemStack *arena = ord_arena;
     static MemStack temporary_mark;
     ord_arena = r->temporary ? (arena ? arena : &temporary_mark) : nullptr;
-    RopeNode *rest = rope_drop(r, at);
+    p->rest = rope_drop(r, at);
     ord_arena = arena;
-    rest_add(t, r, at, rest);
-    return rest;
+    return p->rest;
 }
 
 Ord Ord_force(Ord x)
@@ -291,11 +251,13 @@ Ord Ord_force(Ord x)
         r = place->rope;
         at = place->at;
     }
-    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
     OrdMap *memo = r->temporary ? &forced_temporary : &forced_kept;
     OrdMapSlot *slot = OrdMap_find(memo, x);
-    if (slot)
-        return Ord{f->level.count, ((ForcedArray *)slot->value)->terms};
+    if (slot) {
+        const ForcedArray *kept = (const ForcedArray *)slot->value;
+        return Ord{kept->count, (OrdTerm *)kept->terms};
+    }
+    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
 
     // the frame's terms, with the rest of the chain in the field it follows
     size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);
@@ -370,8 +332,8 @@ void ord_lazy_trim()
     forced_check();
     forced_drop(&forced_kept);
     forced_drop(&forced_temporary);
-    places_empty(&places_kept);
-    places_empty(&places_temporary);
+    places_empty(&places.kept, places.counted);
+    places_empty(&places.temporary, places.counted);
 }
 
 void ord_lazy_rewind()
