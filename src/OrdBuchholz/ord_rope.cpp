@@ -37,6 +37,8 @@ struct RopeFrameRec {
 // quarters full and never removes (stores are emptied whole).
 struct RopeTable {
     void **slots;       // capacity slots, a power of two; null is empty
+    uint32_t *hashes;   // the low 32 bits of each entry's hash, so that a
+                        // probe passes other entries without reading them
     uint32_t capacity;  // 0 before first use
     uint32_t count;
 };
@@ -68,9 +70,9 @@ static_assert(sizeof(RopeNode) == 144, "RopeNode changed size");
 bool rope_too_long = false;
 
 // The store of heap mode; starts empty.
-static RopeStore rope_heap = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, false};
+static RopeStore rope_heap = {{nullptr, nullptr, 0, 0}, {nullptr, nullptr, 0, 0}, {}, {}, 0, 0, false, false};
 // The store of arena mode; starts empty and is emptied at every rewind.
-static RopeStore rope_temp = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, true};
+static RopeStore rope_temp = {{nullptr, nullptr, 0, 0}, {nullptr, nullptr, 0, 0}, {}, {}, 0, 0, false, true};
 // Scratch of the joins and cuts (RopeNode*), kept between calls to spare the
 // heap; no call here is re-entered, so one of each is enough.
 static DynArray rope_spine;
@@ -160,9 +162,9 @@ static void *checked_malloc(size_t bytes, const char *what)
 static uint32_t table_probe(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
                             const void *key)
 {
-    uint32_t mask = t->capacity - 1;
-    for (uint32_t i = (uint32_t)hash & mask;; i = (i + 1) & mask)
-        if (!t->slots[i] || same(t->slots[i], key))
+    uint32_t mask = t->capacity - 1, h = (uint32_t)hash;
+    for (uint32_t i = h & mask;; i = (i + 1) & mask)
+        if (!t->slots[i] || (t->hashes[i] == h && same(t->slots[i], key)))
             return i;
 }
 
@@ -177,30 +179,48 @@ static bool same_pointer(const void *entry, const void *key)
     return entry == key;
 }
 
+// The first empty slot from the home of hash on.
+static uint32_t table_empty_slot(const RopeTable *t, uint32_t hash)
+{
+    uint32_t mask = t->capacity - 1;
+    uint32_t i = hash & mask;
+    while (t->slots[i])
+        i = (i + 1) & mask;
+    return i;
+}
+
 // Adds an entry known to be absent, growing first when three quarters full.
-static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t (*hash_of)(const void *),
-                      uint64_t *bytes)
+static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t *bytes)
 {
     if ((t->count + 1) * 4 > t->capacity * 3) {
         RopeTable old = *t;
         t->capacity = old.capacity ? old.capacity * 2 : TABLE_FIRST_CAPACITY;
         t->slots = (void **)calloc(t->capacity, sizeof(void *));
-        if (!t->slots)
+        t->hashes = (uint32_t *)malloc(t->capacity * sizeof(uint32_t));
+        if (!t->slots || !t->hashes)
             REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
-        for (uint32_t i = 0; i < old.capacity; i++)
-            if (old.slots[i])
-                t->slots[table_probe(t, hash_of(old.slots[i]), same_pointer, old.slots[i])] = old.slots[i];
+        for (uint32_t i = 0; i < old.capacity; i++) {
+            if (!old.slots[i])
+                continue;
+            uint32_t j = table_empty_slot(t, old.hashes[i]);
+            t->slots[j] = old.slots[i];
+            t->hashes[j] = old.hashes[i];
+        }
         free(old.slots);
-        *bytes += (uint64_t)(t->capacity - old.capacity) * sizeof(void *);
+        free(old.hashes);
+        *bytes += (uint64_t)(t->capacity - old.capacity) * (sizeof(void *) + sizeof(uint32_t));
     }
-    t->slots[table_probe(t, hash, same_pointer, entry)] = entry;
+    uint32_t j = table_empty_slot(t, (uint32_t)hash);
+    t->slots[j] = entry;
+    t->hashes[j] = (uint32_t)hash;
     t->count++;
 }
 
 static void table_free(RopeTable *t)
 {
     free(t->slots);
-    *t = RopeTable{nullptr, 0, 0};
+    free(t->hashes);
+    *t = RopeTable{nullptr, nullptr, 0, 0};
 }
 
 // ---- stores ----
@@ -298,11 +318,6 @@ uint64_t rope_store_bytes()
 
 // ---- frames ----
 
-static uint64_t frame_hash_of(const void *entry)
-{
-    return ((const RopeFrameRec *)entry)->letter[0];
-}
-
 // Same hole and, term by term, the same coef and the same sub and arg arrays.
 static bool frame_same(const void *entry, const void *key)
 {
@@ -371,7 +386,7 @@ uint32_t rope_frame(Ord level, uint8_t hole)
     rec->id = s->frames.count | (s->temporary ? ROPE_TEMPORARY_FRAME : 0);
     DynArray_append(&s->frames, &rec);
     s->bytes += bytes + sizeof(RopeFrameRec *);
-    table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
+    table_add(&s->frames_by_content, rec, rec->letter[0], &s->bytes);
     return rec->id;
 }
 
@@ -382,11 +397,6 @@ const RopeFrame *rope_frame_get(uint32_t id)
 }
 
 // ---- node interning ----
-
-static uint64_t node_hash_of(const void *entry)
-{
-    return ((const RopeNode *)entry)->key_hash;
-}
 
 static bool node_same(const void *entry, const void *key)
 {
@@ -417,15 +427,17 @@ static void leaf_marks(RopeNode *n, const RopeFrame *f)
 // fields are computed only for a new node.
 static RopeNode *node_intern(RopeNode *key)
 {
-    if (!ord_arena && ((key->a && key->a->temporary) || (key->b && key->b->temporary) ||
-                       (key->frame & ROPE_TEMPORARY_FRAME)))
+    bool temporary_parts = (key->a && key->a->temporary) || (key->b && key->b->temporary) ||
+                           (key->frame & ROPE_TEMPORARY_FRAME);
+    if (!ord_arena && temporary_parts)
         REPORT(REPORT_FATAL, "A persistent rope node would point at a temporary one", 0);
     uint64_t h = mix(mix(mix(key->kind, key->frame), (uint64_t)(uintptr_t)key->a),
                      (uint64_t)(uintptr_t)key->b ^ key->k);
     key->key_hash = (uint32_t)h;
 
     RopeStore *stores[2] = {&rope_heap, &rope_temp};
-    for (int32_t i = 0; i < (ord_arena ? 2 : 1); i++) {
+    // a node with temporary parts can only be a temporary one
+    for (int32_t i = temporary_parts ? 1 : 0; i < (ord_arena ? 2 : 1); i++) {
         RopeNode *found = stores[i]->ready
             ? (RopeNode *)table_find(&stores[i]->nodes_by_key, key->key_hash, node_same, key)
             : nullptr;
@@ -468,7 +480,7 @@ static RopeNode *node_intern(RopeNode *key)
             n->hash[m] = mod_mul(n->a->hash[m], sum);
         }
     }
-    table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
+    table_add(&s->nodes_by_key, n, n->key_hash, &s->bytes);
     return n;
 }
 
@@ -904,7 +916,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
     if (!n)
         return result;
     // nodes searched in vain: every other occurrence of them is skipped
-    RopeTable failed = {nullptr, 0, 0};
+    RopeTable failed = {nullptr, nullptr, 0, 0};
     uint64_t table_bytes = 0;
     DynArray stack;
     DynArray_init(&stack, sizeof(RopeVisit), 64);
@@ -913,7 +925,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
         RopeVisit v = *DynArray_at<RopeVisit>(&stack, --stack.count);
         void *key = (void *)v.node;
         if (v.children_done) {
-            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+            table_add(&failed, key, pointer_hash_of(key), &table_bytes);
             continue;
         }
         if (table_find(&failed, pointer_hash_of(key), same_pointer, key))
@@ -926,7 +938,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
                 result = v.offset;
                 break;
             }
-            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+            table_add(&failed, key, pointer_hash_of(key), &table_bytes);
         } else if (v.node->kind == ROPE_CONCAT) {
             // pushed left first, so the right part is searched first
             visit_push(&stack, v.node, v.offset, true);

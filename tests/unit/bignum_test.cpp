@@ -216,6 +216,25 @@ TEST(Bignum, LincombMatchesTheExactReference)
         Bignum Y = difference || rng() % 4 == 0 ? X : random_normal(rng, max_limbs);
         double a = difference ? 1.0 : trial % 2 ? any_weight(rng) : base_weights[rng() % 15];
         double b = difference ? -1.0 : trial % 3 ? any_weight(rng) : base_weights[rng() % 15];
+        // a difference of numbers of any two lengths
+        if (trial % 4 == 3)
+            a = 1.0, b = -1.0;
+        // every fourth: deep positions, X's top shared, and a point between them
+        if (trial % 4 == 1 && X.n > 3) {
+            std::vector<uint16_t> low = limbs_of(X);
+            for (uint32_t i = 0, k = rng() % (X.n - 1); i < k; i++)
+                low[i] = (uint16_t)(trial % 8 == 1 ? 9999 * (rng() % 2) : rng() % 10000);
+            if (Y.limbs != X.limbs)
+                Bignum_free(Y);
+            // limbs 0 apart by 5000: the converging step lands on a half exactly
+            if (trial % 8 == 5) {
+                low[0] = (uint16_t)((X.limbs[0] + 5000) % 10000);
+                a = 0.2983;
+            }
+            Y = make(low);
+            if (trial % 3)
+                b = 1.0 - a;
+        }
         Bignum r = Bignum_lincomb(X, Y, a, b);
         std::string expected = ref_decimal(ref_lincomb(X, Y, a, b));
         ASSERT_EQ(decimal(r), expected) << "X = " << show(X) << "\nY = " << show(Y) << "\na = " << a

@@ -156,7 +156,10 @@ static void bench_measure(int fd, int32_t depth, double target, bool arena, int3
     getrusage(RUSAGE_SELF, &usage);
     // what the process holds now, plus the allowance
     limit.rlim_cur = (rlim_t)usage.ru_maxrss * 1024 + BENCH_MEMORY_LIMIT + ((rlim_t)256 << 20);
+#ifndef __SANITIZE_ADDRESS__
+    // the sanitizer reserves terabytes of address space for its shadow
     setrlimit(RLIMIT_AS, &limit);
+#endif
 
     ViewSetup setup = {BENCH_WIDTH, 1.0, true, target, 10.0, (double)depth, false, {}, {}, 0};
     if (bench_view_given)

@@ -73,13 +73,161 @@ static bool top_removable(const int32_t *limbs, uint32_t len)
     return (top == 5000 && below < 5000) || (top == 4999 && below >= 5000);
 }
 
+// Sums at a limb stay within this either way, for weights up to
+// LINCOMB_FAST_WEIGHT: the bound of the carry's shortcut below.
+constexpr int32_t LINCOMB_FAST_WEIGHT = 10000;
+constexpr uint32_t CARRY_OFFSET = 1000000000u;  // a multiple of the base
+
+// Carries acc[0..m-1] out (signed sums at each limb, the top without its
+// excess; acc has room for m + 1) and returns the number in normal form.
+// `bounded`: every sum lies within +-CARRY_OFFSET.
+static Bignum lincomb_finish(int32_t *acc, uint32_t m, bool bounded)
+{
+    if (bounded && m > 1) {
+        // each limb's own carry, at every limb at once (no limb waits for
+        // the one below), twice: what is left to ripple is then at most 1
+        // and mostly nothing
+        int32_t local[512];
+        int32_t *own = m <= 512 ? local : (int32_t *)malloc(m * sizeof(int32_t));
+        if (!own)
+            REPORT(REPORT_FATAL, "Out of memory for a position", 0);
+        for (int32_t round = 0; round < 2; round++) {
+            for (uint32_t i = 0; i + 1 < m; i++) {
+                // floor division as unsigned, the offset keeping it positive
+                uint32_t v = (uint32_t)acc[i] + CARRY_OFFSET;
+                uint32_t q = v / 10000u;
+                own[i] = (int32_t)(q - CARRY_OFFSET / 10000u);
+                acc[i] = (int32_t)(v - q * 10000u);
+            }
+            for (uint32_t i = 1; i < m; i++)
+                acc[i] += own[i - 1];
+        }
+        if (own != local)
+            free(own);
+    }
+    /* carry out */
+    for (uint32_t i = 0; i + 1 < m; i++) {
+        if ((uint32_t)acc[i] < 10000u)
+            continue;
+        int32_t c = floor_div_base(acc[i]);
+        acc[i] -= c * 10000;
+        acc[i + 1] += c;
+    }
+
+    uint32_t len = m;
+    int32_t t = acc[m - 1];
+    if ((uint32_t)(t + 5000) > 9999u) {
+        /* grow by one limb */
+        int32_t c = floor_div_base(t);
+        acc[m - 1] = t - c * 10000;
+        acc[m] = c + 5000;
+        len = m + 1;
+    } else {
+        /* normal form: fold removable top limbs down */
+        acc[m - 1] = t + 5000;
+        while (len > 1 && top_removable(acc, len)) {
+            acc[len - 2] += acc[len - 1] == 5000 ? 5000 : -5000;
+            len--;
+        }
+    }
+
+    Bignum r = bignum_alloc(len);
+    for (uint32_t i = 0; i < len; i++)
+        r.limbs[i] = (uint16_t)acc[i];
+    return r;
+}
+
+// The most limbs the shortcuts below work on; longer differences take the
+// general way.
+constexpr uint32_t LOW_LIMBS = 64;
+
+// Y plus the signed sums low[0..touched-1] at its lowest limbs (low has room
+// for LOW_LIMBS), when Y is in normal form and the carry stops below Y's top
+// two limbs: the result then keeps Y's top, and with it the normal form.
+// False otherwise.
+static bool add_low(Bignum Y, int32_t *low, uint32_t touched, Bignum *out)
+{
+    uint32_t n = Y.n;
+    if (touched + 2 > n)
+        return false;
+    if ((Y.limbs[n - 1] == 5000 && Y.limbs[n - 2] < 5000) || (Y.limbs[n - 1] == 4999 && Y.limbs[n - 2] >= 5000))
+        return false;
+    int32_t carry = 0;
+    uint32_t u = 0;
+    for (; u < touched || (carry != 0 && u + 2 < n); u++) {
+        if (u == LOW_LIMBS)
+            return false;
+        int32_t d = (int32_t)Y.limbs[u] + (u < touched ? low[u] : 0) + carry;
+        carry = floor_div_base(d);
+        low[u] = d - carry * 10000;
+    }
+    if (carry != 0)
+        return false;
+    Bignum r = bignum_alloc(n);
+    memcpy(r.limbs, Y.limbs, (size_t)n * sizeof(uint16_t));
+    for (uint32_t i = 0; i < u; i++)
+        r.limbs[i] = (uint16_t)low[i];
+    *out = r;
+    return true;
+}
+
+// Deep in a zoom, positions run to hundreds of limbs, and a frame's
+// combinations change only the lowest few: the difference of two positions
+// that share their top, a point between two such (weights adding up to 1:
+// Y + a (X - Y)), and a short number taken off a long one. These are computed
+// on the low limbs alone. The result is the number the general way gives,
+// since a value has one normal form. False when no shortcut applies.
+static bool lincomb_shortcut(Bignum X, Bignum Y, int32_t ia, int32_t fa, int32_t ib, int32_t fb,
+                             Bignum *out)
+{
+    bool difference = ia == 1 && fa == 0 && ib == -1 && fb == 0;
+    bool between = (ia + ib) * 10000 + fa + fb == 10000;
+    int32_t low[LOW_LIMBS];
+    if (difference && X.n > Y.n && Y.n <= LOW_LIMBS) {
+        // minus Y, its top's excess taken out
+        for (uint32_t u = 0; u < Y.n; u++)
+            low[u] = -(int32_t)Y.limbs[u];
+        low[Y.n - 1] += 5000;
+        return add_low(X, low, Y.n, out);
+    }
+    if (X.n != Y.n || (!difference && !between))
+        return false;
+    // the limbs above the highest that differs are equal, the top's excess too
+    int32_t k = (int32_t)X.n - 1;
+    while (k >= 0 && X.limbs[k] == Y.limbs[k])
+        k--;
+    uint32_t touched = k < 0 ? 1 : (uint32_t)k + 1;
+    if (touched + 1 > LOW_LIMBS)
+        return false;
+    for (uint32_t i = 0; i < touched; i++)
+        low[i] = (int32_t)i <= k ? (int32_t)X.limbs[i] - (int32_t)Y.limbs[i] : 0;
+    if (difference) {
+        *out = lincomb_finish(low, touched, false);
+        return true;
+    }
+    // a (X - Y): whole parts at each limb, fractions one lower, and the one
+    // rounding, half up as the general way's is while limb 0 is a plain digit
+    if (X.n < 2)
+        return false;
+    int32_t z[LOW_LIMBS];
+    memcpy(z, low, touched * sizeof(int32_t));
+    for (uint32_t u = 0; u + 1 < touched; u++)
+        low[u] = ia * z[u] + fa * z[u + 1];
+    low[touched - 1] = ia * z[touched - 1];
+    low[0] += floor_div_base(fa * z[0] + 5000);
+    return add_low(Y, low, touched, out);
+}
+
 Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
 {
     int32_t ia, fa, ib, fb;
     quantise_weight(a, &ia, &fa);
     quantise_weight(b, &ib, &fb);
+    Bignum shortcut;
+    if (lincomb_shortcut(X, Y, ia, fa, ib, fb, &shortcut))
+        return shortcut;
     uint32_t m = X.n > Y.n ? X.n : Y.n;
-    // one spare place for the growth of step "grow" below; on the stack for
+    // one spare place for the growth in lincomb_finish; on the stack for
     // the lengths of every view short of the deepest
     int32_t local[512];
     int32_t *acc = m + 1 <= 512 ? local : (int32_t *)malloc((m + 1) * sizeof(int32_t));
@@ -109,33 +257,8 @@ Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
     acc[Y.n - 1] += -5000 * ib;
     if (Y.n > 1) acc[Y.n - 2] += -5000 * fb;
 
-    /* carry out */
-    for (uint32_t i = 0; i + 1 < m; i++) {
-        int32_t c = floor_div_base(acc[i]);
-        acc[i] -= c * 10000;
-        acc[i + 1] += c;
-    }
-
-    uint32_t len = m;
-    int32_t t = acc[m - 1];
-    if ((uint32_t)(t + 5000) > 9999u) {
-        /* grow by one limb */
-        int32_t c = floor_div_base(t);
-        acc[m - 1] = t - c * 10000;
-        acc[m] = c + 5000;
-        len = m + 1;
-    } else {
-        /* normal form: fold removable top limbs down */
-        acc[m - 1] = t + 5000;
-        while (len > 1 && top_removable(acc, len)) {
-            acc[len - 2] += acc[len - 1] == 5000 ? 5000 : -5000;
-            len--;
-        }
-    }
-
-    Bignum r = bignum_alloc(len);
-    for (uint32_t i = 0; i < len; i++)
-        r.limbs[i] = (uint16_t)acc[i];
+    bool bounded = abs(ia) <= LINCOMB_FAST_WEIGHT && abs(ib) <= LINCOMB_FAST_WEIGHT;
+    Bignum r = lincomb_finish(acc, m, bounded);
     if (acc != local)
         free(acc);
     return r;
