@@ -34,11 +34,12 @@ struct RopeFrameRec {
 };
 
 // An open-addressing table of pointers with linear probing; grows at three
-// quarters full and never removes (stores are emptied whole).
+// quarters full and never removes (stores are emptied whole). A slot holds
+// the entry's pointer in its low 48 bits and 16 bits of the entry's hash
+// above them, so that a probe passes other entries without reading them:
+// the tables run to millions of slots, and every read of an entry is a miss.
 struct RopeTable {
-    void **slots;       // capacity slots, a power of two; null is empty
-    uint32_t *hashes;   // the low 32 bits of each entry's hash, so that a
-                        // probe passes other entries without reading them
+    uint64_t *slots;    // capacity slots, a power of two; 0 is empty
     uint32_t capacity;  // 0 before first use
     uint32_t count;
 };
@@ -70,9 +71,9 @@ static_assert(sizeof(RopeNode) == 144, "RopeNode changed size");
 bool rope_too_long = false;
 
 // The store of heap mode; starts empty.
-static RopeStore rope_heap = {{nullptr, nullptr, 0, 0}, {nullptr, nullptr, 0, 0}, {}, {}, 0, 0, false, false};
+static RopeStore rope_heap = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, false};
 // The store of arena mode; starts empty and is emptied at every rewind.
-static RopeStore rope_temp = {{nullptr, nullptr, 0, 0}, {nullptr, nullptr, 0, 0}, {}, {}, 0, 0, false, true};
+static RopeStore rope_temp = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, true};
 // Scratch of the joins and cuts (RopeNode*), kept between calls to spare the
 // heap; no call here is re-entered, so one of each is enough.
 static DynArray rope_spine;
@@ -158,20 +159,35 @@ static void *checked_malloc(size_t bytes, const char *what)
     return p;
 }
 
+constexpr uint64_t SLOT_POINTER = ((uint64_t)1 << 48) - 1;
+
+static uint64_t slot_tag(uint64_t hash)
+{
+    return (uint64_t)((uint32_t)hash >> 16) << 48;
+}
+
+static void *slot_entry(uint64_t slot)
+{
+    return (void *)(uintptr_t)(slot & SLOT_POINTER);
+}
+
 // The slot where an entry equal to key sits, or the empty slot it would take.
 static uint32_t table_probe(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
                             const void *key)
 {
-    uint32_t mask = t->capacity - 1, h = (uint32_t)hash;
-    for (uint32_t i = h & mask;; i = (i + 1) & mask)
-        if (!t->slots[i] || (t->hashes[i] == h && same(t->slots[i], key)))
+    uint32_t mask = t->capacity - 1;
+    uint64_t tag = slot_tag(hash);
+    for (uint32_t i = (uint32_t)hash & mask;; i = (i + 1) & mask) {
+        uint64_t slot = t->slots[i];
+        if (!slot || ((slot & ~SLOT_POINTER) == tag && same(slot_entry(slot), key)))
             return i;
+    }
 }
 
 static void *table_find(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
                         const void *key)
 {
-    return t->capacity ? t->slots[table_probe(t, hash, same, key)] : nullptr;
+    return t->capacity ? slot_entry(t->slots[table_probe(t, hash, same, key)]) : nullptr;
 }
 
 static bool same_pointer(const void *entry, const void *key)
@@ -180,47 +196,41 @@ static bool same_pointer(const void *entry, const void *key)
 }
 
 // The first empty slot from the home of hash on.
-static uint32_t table_empty_slot(const RopeTable *t, uint32_t hash)
+static uint32_t table_empty_slot(const RopeTable *t, uint64_t hash)
 {
     uint32_t mask = t->capacity - 1;
-    uint32_t i = hash & mask;
+    uint32_t i = (uint32_t)hash & mask;
     while (t->slots[i])
         i = (i + 1) & mask;
     return i;
 }
 
 // Adds an entry known to be absent, growing first when three quarters full.
-static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t *bytes)
+static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t (*hash_of)(const void *),
+                      uint64_t *bytes)
 {
+    if ((uintptr_t)entry & ~SLOT_POINTER)
+        REPORT(REPORT_FATAL, "A rope entry lies above the addresses a table slot holds", 0);
     if ((t->count + 1) * 4 > t->capacity * 3) {
         RopeTable old = *t;
         t->capacity = old.capacity ? old.capacity * 2 : TABLE_FIRST_CAPACITY;
-        t->slots = (void **)calloc(t->capacity, sizeof(void *));
-        t->hashes = (uint32_t *)malloc(t->capacity * sizeof(uint32_t));
-        if (!t->slots || !t->hashes)
+        t->slots = (uint64_t *)calloc(t->capacity, sizeof(uint64_t));
+        if (!t->slots)
             REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
-        for (uint32_t i = 0; i < old.capacity; i++) {
-            if (!old.slots[i])
-                continue;
-            uint32_t j = table_empty_slot(t, old.hashes[i]);
-            t->slots[j] = old.slots[i];
-            t->hashes[j] = old.hashes[i];
-        }
+        for (uint32_t i = 0; i < old.capacity; i++)
+            if (old.slots[i])
+                t->slots[table_empty_slot(t, hash_of(slot_entry(old.slots[i])))] = old.slots[i];
         free(old.slots);
-        free(old.hashes);
-        *bytes += (uint64_t)(t->capacity - old.capacity) * (sizeof(void *) + sizeof(uint32_t));
+        *bytes += (uint64_t)(t->capacity - old.capacity) * sizeof(uint64_t);
     }
-    uint32_t j = table_empty_slot(t, (uint32_t)hash);
-    t->slots[j] = entry;
-    t->hashes[j] = (uint32_t)hash;
+    t->slots[table_empty_slot(t, hash)] = (uint64_t)(uintptr_t)entry | slot_tag(hash);
     t->count++;
 }
 
 static void table_free(RopeTable *t)
 {
     free(t->slots);
-    free(t->hashes);
-    *t = RopeTable{nullptr, nullptr, 0, 0};
+    *t = RopeTable{nullptr, 0, 0};
 }
 
 // ---- stores ----
@@ -318,6 +328,11 @@ uint64_t rope_store_bytes()
 
 // ---- frames ----
 
+static uint64_t frame_hash_of(const void *entry)
+{
+    return ((const RopeFrameRec *)entry)->letter[0];
+}
+
 // Same hole and, term by term, the same coef and the same sub and arg arrays.
 static bool frame_same(const void *entry, const void *key)
 {
@@ -386,7 +401,7 @@ uint32_t rope_frame(Ord level, uint8_t hole)
     rec->id = s->frames.count | (s->temporary ? ROPE_TEMPORARY_FRAME : 0);
     DynArray_append(&s->frames, &rec);
     s->bytes += bytes + sizeof(RopeFrameRec *);
-    table_add(&s->frames_by_content, rec, rec->letter[0], &s->bytes);
+    table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
     return rec->id;
 }
 
@@ -397,6 +412,11 @@ const RopeFrame *rope_frame_get(uint32_t id)
 }
 
 // ---- node interning ----
+
+static uint64_t node_hash_of(const void *entry)
+{
+    return ((const RopeNode *)entry)->key_hash;
+}
 
 static bool node_same(const void *entry, const void *key)
 {
@@ -480,7 +500,7 @@ static RopeNode *node_intern(RopeNode *key)
             n->hash[m] = mod_mul(n->a->hash[m], sum);
         }
     }
-    table_add(&s->nodes_by_key, n, n->key_hash, &s->bytes);
+    table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
     return n;
 }
 
@@ -570,15 +590,42 @@ static RopeNode *attach_left(RopeNode *t, RopeNode *r)
     return make_concat(make_concat(tl, x), make_concat(y, r));
 }
 
-// a then b, balanced: the shorter rope is hung into the taller one's spine at
-// its own height and the rotations repair the way back up. Lengths are the
-// caller's care. O(height difference) nodes.
+static RopeNode *join_balanced(RopeNode *a, RopeNode *b);
+
+// Joins made lately, by their two parts: the expansions of neighbouring
+// ordinals join the same long rope with the same short ones again and again,
+// and a join walks the height of the taller. An entry holds while the store
+// of its youngest node has not been emptied since.
+struct JoinMemo {
+    RopeNode *a, *b, *joined;
+    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    bool temporary;    // one of the three nodes is a temporary one
+};
+constexpr uint32_t JOIN_MEMO_SLOTS = 1u << 14;
+static JoinMemo join_memo[JOIN_MEMO_SLOTS];
+
+// a then b, balanced (see join_balanced).
 static RopeNode *join(RopeNode *a, RopeNode *b)
 {
     if (!a)
         return b;
     if (!b)
         return a;
+    JoinMemo *e = &join_memo[mix((uint64_t)(uintptr_t)a, (uint64_t)(uintptr_t)b) & (JOIN_MEMO_SLOTS - 1)];
+    if (e->a == a && e->b == b && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
+        (ord_arena || !e->temporary))
+        return e->joined;
+    RopeNode *joined = join_balanced(a, b);
+    bool temporary = a->temporary || b->temporary || joined->temporary;
+    *e = JoinMemo{a, b, joined, temporary ? rope_rewinds : rope_clears, temporary};
+    return joined;
+}
+
+// a then b, balanced: the shorter rope is hung into the taller one's spine at
+// its own height and the rotations repair the way back up. Lengths are the
+// caller's care. O(height difference) nodes.
+static RopeNode *join_balanced(RopeNode *a, RopeNode *b)
+{
     scratch_ready();
     uint32_t base = rope_spine.count;
     if (a->height > b->height + 1) {
@@ -765,22 +812,75 @@ uint32_t rope_last_frame(const RopeNode *n)
     return n ? n->frame : 0;
 }
 
+// The path of the last lookup, root first, with the index in the root of each
+// node's first frame: reading a chain level after level asks for the frames
+// one after the other, and each is then a step or two from the last, not the
+// height of the rope away.
+constexpr uint32_t FRAME_PATH_DEPTH = 128;
+struct FramePath {
+    const RopeNode *root;
+    uint64_t rewinds;  // rope_rewinds when it was made (a clear counts too)
+    uint32_t depth;    // 0: none
+    const RopeNode *node[FRAME_PATH_DEPTH];
+    RopeLen first[FRAME_PATH_DEPTH];
+};
+// A few, by root: a comparison reads two chains side by side.
+constexpr uint32_t FRAME_PATHS = 4;
+static FramePath frame_paths[FRAME_PATHS];
+static uint32_t frame_path_next = 0;
+
 uint32_t rope_frame_at(const RopeNode *n, RopeLen index)
 {
     if (!n || RopeLen_cmp(index, n->len) >= 0)
         return 0;
-    while (n->kind != ROPE_LEAF) {
+    FramePath *p = nullptr;
+    for (uint32_t i = 0; i < FRAME_PATHS && !p; i++)
+        if (frame_paths[i].root == n && frame_paths[i].rewinds == rope_rewinds && frame_paths[i].depth > 0)
+            p = &frame_paths[i];
+    bool reuse = p != nullptr;
+    if (!p) {
+        p = &frame_paths[frame_path_next];
+        frame_path_next = (frame_path_next + 1) % FRAME_PATHS;
+    }
+    uint32_t d = 0;
+    RopeLen first = RopeLen_small(0);
+    if (reuse) {
+        // up from the last leaf to the lowest node that holds index
+        d = p->depth - 1;
+        while (d > 0 && (RopeLen_cmp(index, p->first[d]) < 0 ||
+                         RopeLen_cmp(RopeLen_sub(index, p->first[d]), p->node[d]->len) >= 0))
+            d--;
+        n = p->node[d];
+        first = p->first[d];
+    }
+    RopeLen rel = RopeLen_sub(index, first);
+    bool recorded = true;
+    for (;;) {
+        if (d < FRAME_PATH_DEPTH) {
+            p->node[d] = n;
+            p->first[d] = first;
+            d++;
+        } else {
+            recorded = false;
+        }
+        if (n->kind == ROPE_LEAF)
+            break;
         if (n->kind == ROPE_REPEAT) {
             uint64_t q;
-            RopeLen_divmod_by(index, n->a->len, &q, &index);
+            RopeLen_divmod_by(rel, n->a->len, &q, &rel);
+            first = RopeLen_sub(index, rel);
             n = n->a;
-        } else if (RopeLen_cmp(index, n->a->len) < 0) {
+        } else if (RopeLen_cmp(rel, n->a->len) < 0) {
             n = n->a;
         } else {
-            index = RopeLen_sub(index, n->a->len);
+            rel = RopeLen_sub(rel, n->a->len);
+            RopeLen_add(&first, first, n->a->len);
             n = n->b;
         }
     }
+    p->root = p->node[0];
+    p->rewinds = rope_rewinds;
+    p->depth = recorded ? d : 0;
     return n->frame;
 }
 
@@ -916,7 +1016,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
     if (!n)
         return result;
     // nodes searched in vain: every other occurrence of them is skipped
-    RopeTable failed = {nullptr, nullptr, 0, 0};
+    RopeTable failed = {nullptr, 0, 0};
     uint64_t table_bytes = 0;
     DynArray stack;
     DynArray_init(&stack, sizeof(RopeVisit), 64);
@@ -925,7 +1025,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
         RopeVisit v = *DynArray_at<RopeVisit>(&stack, --stack.count);
         void *key = (void *)v.node;
         if (v.children_done) {
-            table_add(&failed, key, pointer_hash_of(key), &table_bytes);
+            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
             continue;
         }
         if (table_find(&failed, pointer_hash_of(key), same_pointer, key))
@@ -938,7 +1038,7 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
                 result = v.offset;
                 break;
             }
-            table_add(&failed, key, pointer_hash_of(key), &table_bytes);
+            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
         } else if (v.node->kind == ROPE_CONCAT) {
             // pushed left first, so the right part is searched first
             visit_push(&stack, v.node, v.offset, true);
