@@ -11,22 +11,36 @@
 
 namespace {
 
-Bignum make(std::vector<uint16_t> limbs)
+typedef std::vector<uint16_t> Limbs;
+
+// Every number a test makes, freed when it ends.
+std::vector<Bignum> made;
+
+Bignum keep(Bignum b)
 {
-    Bignum b = {(uint32_t)limbs.size(), (uint16_t *)malloc(limbs.size() * sizeof(uint16_t))};
-    std::copy(limbs.begin(), limbs.end(), b.limbs);
+    made.push_back(b);
     return b;
 }
 
-std::vector<uint16_t> limbs_of(Bignum b)
+Bignum make(const Limbs &limbs)
 {
-    return std::vector<uint16_t>(b.limbs, b.limbs + b.n);
+    Bignum b = {(uint32_t)limbs.size(), (uint16_t *)malloc(limbs.size() * sizeof(uint16_t))};
+    std::copy(limbs.begin(), limbs.end(), b.limbs);
+    return keep(b);
 }
 
-std::string show(Bignum b)
-{
-    return testing::PrintToString(limbs_of(b));
-}
+Limbs limbs_of(Bignum b) { return Limbs(b.limbs, b.limbs + b.n); }
+
+std::string show(Bignum b) { return testing::PrintToString(limbs_of(b)); }
+
+class Bignums : public testing::Test {
+    void TearDown() override
+    {
+        for (Bignum b : made)
+            Bignum_free(b);
+        made.clear();
+    }
+};
 
 // --- The reference: a signed number as base-10000 places of any sign, value
 // sum d[i] * 10000^i in units of 0.0001 pixel. Slow and plain on purpose.
@@ -39,14 +53,12 @@ Ref ref_of(Bignum b)
     return d;
 }
 
+// x + scale * (y without its lowest shift_down places, moved down)
 Ref ref_add(Ref x, const Ref &y, long long scale, size_t shift_down)
 {
-    // x + scale * (y without its lowest shift_down places, moved down)
-    for (size_t i = shift_down; i < y.size(); i++) {
-        if (x.size() <= i - shift_down)
-            x.resize(i - shift_down + 1, 0);
+    x.resize(std::max(x.size(), y.size()), 0);
+    for (size_t i = shift_down; i < y.size(); i++)
         x[i - shift_down] += scale * y[i];
-    }
     return x;
 }
 
@@ -60,48 +72,12 @@ void ref_settle(Ref &d)
     }
 }
 
-// Sign and decimal digits with four places, from the places of any sign.
-std::string ref_decimal(Ref d)
+// -1, 0 or 1 as the value is below, at or above zero.
+int ref_sign(Ref d)
 {
-    d.push_back(0);
-    d.push_back(0);
+    d.resize(d.size() + 2, 0);
     ref_settle(d);
-    bool negative = d.back() < 0;
-    if (negative) {
-        // the value is top * 10000^k + rest with rest >= 0: negate it plainly
-        for (long long &v : d)
-            v = -v;
-        ref_settle(d);
-    }
-    std::string whole;
-    for (size_t i = d.size() - 1; i >= 1; i--) {
-        char buf[16];
-        snprintf(buf, sizeof buf, whole.empty() ? "%lld" : "%04lld", d[i]);
-        if (!(whole.empty() && d[i] == 0))
-            whole += buf;
-    }
-    if (whole.empty())
-        whole = "0";
-    char frac[16];
-    snprintf(frac, sizeof frac, ".%04lld", d[0]);
-    bool zero = whole == "0" && d[0] == 0;
-    return (negative && !zero ? "-" : "") + whole + frac;
-}
-
-std::string decimal(Bignum b)
-{
-    char *text = Bignum_todecimal(b);
-    std::string s = text;
-    free(text);
-    return s;
-}
-
-int ref_sign(const Ref &d)
-{
-    std::string s = ref_decimal(d);
-    if (s[0] == '-')
-        return -1;
-    return s.find_first_not_of("0.") == std::string::npos ? 0 : 1;
+    return d.back() < 0 ? -1 : std::any_of(d.begin(), d.end(), [](long long v) { return v != 0; });
 }
 
 // What a*X + b*Y must be: whole weights exact, fractions exact one place
@@ -111,97 +87,71 @@ Ref ref_lincomb(Bignum X, Bignum Y, double a, double b)
     long long ia = (long long)floor(a + 0.00005), fa = (long long)floor((a - ia) * 10000 + 0.5);
     long long ib = (long long)floor(b + 0.00005), fb = (long long)floor((b - ib) * 10000 + 0.5);
     Ref x = ref_of(X), y = ref_of(Y);
-    Ref r(1, 0);
-    r = ref_add(r, x, ia, 0);
-    r = ref_add(r, y, ib, 0);
-    r = ref_add(r, x, fa, 1);
-    r = ref_add(r, y, fb, 1);
-    long long low = x[0] * fa + y[0] * fb + 5000;
-    r[0] += low / 10000;  // truncating toward zero
+    Ref r = ref_add(ref_add(ref_add(ref_add(Ref(1, 0), x, ia, 0), y, ib, 0), x, fa, 1), y, fb, 1);
+    r[0] += (x[0] * fa + y[0] * fb + 5000) / 10000;  // truncating toward zero
     return r;
 }
 
-bool normal_form(Bignum b)
+// No limb past 9999, and no top limb that could fold into the one below.
+bool normal(const uint16_t *l, uint32_t n)
 {
-    for (uint32_t i = 0; i < b.n; i++)
-        if (b.limbs[i] > 9999)
-            return false;
-    if (b.n == 1)
-        return true;
-    uint16_t top = b.limbs[b.n - 1], below = b.limbs[b.n - 2];
-    return !((top == 5000 && below < 5000) || (top == 4999 && below >= 5000));
+    if (std::any_of(l, l + n, [](uint16_t d) { return d > 9999; }))
+        return false;
+    return n == 1 || !((l[n - 1] == 5000 && l[n - 2] < 5000) || (l[n - 1] == 4999 && l[n - 2] >= 5000));
 }
 
 // A random number in normal form of 1 to max_limbs limbs, either sign.
 Bignum random_normal(std::mt19937 &rng, uint32_t max_limbs)
 {
-    std::uniform_int_distribution<uint32_t> length(1, max_limbs);
     std::uniform_int_distribution<int> digit(0, 9999);
-    uint32_t n = length(rng);
-    std::vector<uint16_t> l(n);
+    Limbs l(std::uniform_int_distribution<uint32_t>(1, max_limbs)(rng));
     do {
-        for (uint32_t i = 0; i < n; i++)
-            l[i] = (uint16_t)digit(rng);
+        for (uint16_t &d : l)
+            d = (uint16_t)digit(rng);
         // tops near the excess make the sign cases and the removable forms
         if (rng() % 2)
-            l[n - 1] = (uint16_t)(4990 + rng() % 20);
-    } while (n > 1 && ((l[n - 1] == 5000 && l[n - 2] < 5000) || (l[n - 1] == 4999 && l[n - 2] >= 5000)));
+            l.back() = (uint16_t)(4990 + rng() % 20);
+    } while (!normal(l.data(), (uint32_t)l.size()));
     return make(l);
 }
 
-TEST(Bignum, FromDoubleTruncatesDownAndKeepsItsLength)
+TEST_F(Bignums, FromDoubleTruncatesDownAndKeepsItsLength)
 {
-    const std::pair<double, std::vector<uint16_t>> cases[] = {
+    const std::pair<double, Limbs> cases[] = {
         {0.0, {0, 5000}},    {0.3, {3000, 5000}},  {-0.3, {6999, 4999}},   {-1.0, {0, 4999}},
         {-0.5, {5000, 4999}}, {128.0, {0, 5128}},  {1152.0, {0, 6152}},    {-4999.0, {0, 1}},
         {4999.5, {5000, 9999}}, {5000.0, {0, 10000}}, {12345.6789, {6789, 2345, 5001}},
         {-12345.0, {0, 7655, 4998}},
     };
-    for (const auto &[x, limbs] : cases) {
-        Bignum b = Bignum_fromdouble(x);
-        EXPECT_EQ(limbs_of(b), limbs) << "x = " << x << " gave " << show(b);
-        Bignum_free(b);
-    }
+    for (const auto &[x, limbs] : cases)
+        EXPECT_EQ(limbs_of(keep(Bignum_fromdouble(x))), limbs) << "x = " << x;
 }
 
-TEST(Bignum, WeightsAreQuantisedToFourDecimals)
+TEST_F(Bignums, LincombTellingCases)
 {
-    // a weight acting on 1.0000 shows its quantised value directly
-    const std::pair<double, const char *> cases[] = {
-        {1.0, "1.0000"},      {-1.0, "-1.0000"},      {0.99996, "1.0000"}, {0.99994, "0.9999"},
-        {0.701703829, "0.7017"}, {0.00005, "0.0001"}, {0.00004, "0.0000"}, {-0.25, "-0.2500"},
-        {2.5, "2.5000"},      {-0.00004, "0.0000"},
+    // a*x + b*y from fromdouble forms. Weights on 1.0 show their quantised
+    // value; -0.5 in fromdouble form normalises to the single limb 0; a top
+    // digit reaching 5000 grows by one limb: 3 * 2000 = 6000 pixels.
+    const std::tuple<double, double, double, double, Limbs> cases[] = {
+        {1, 0, 1.0, 1, {0, 5001}},     {1, 0, -1.0, 1, {0, 4999}},    {1, 0, 0.99996, 1, {0, 5001}},
+        {1, 0, 0.99994, 1, {9999, 5000}}, {1, 0, 0.701703829, 1, {7017, 5000}},
+        {1, 0, 0.00005, 1, {5001}},    {1, 0, 0.00004, 1, {5000}},    {1, 0, -0.25, 1, {2500}},
+        {1, 0, 2.5, 1, {5000, 5002}},  {1, 0, -0.00004, 1, {5000}},   {-0.5, 0, 1, 0, {0}},
+        {2000, 2000, 2, 1, {0, 6000, 5000}},
     };
-    Bignum one = Bignum_fromdouble(1.0), zero = Bignum_fromdouble(0.0);
-    for (const auto &[weight, value] : cases) {
-        Bignum r = Bignum_lincomb(one, zero, weight, 1.0);
-        EXPECT_EQ(decimal(r), value) << "weight " << weight;
-        Bignum_free(r);
+    for (const auto &[x, y, a, b, limbs] : cases) {
+        Bignum r = keep(Bignum_lincomb(keep(Bignum_fromdouble(x)), keep(Bignum_fromdouble(y)), a, b));
+        EXPECT_EQ(limbs_of(r), limbs) << a << " * " << x << " + " << b << " * " << y;
     }
-    Bignum_free(one);
-    Bignum_free(zero);
+    EXPECT_TRUE(Bignum_lt(make({5000, 4999}), make({0})))
+        << "the fromdouble form of -0.5 counts below every one-limb number";
+    // equal values of different lengths: (3000, 5000) and the single limb 8000
+    Bignum a = make({3000, 5000}), b = make({8000});
+    EXPECT_FALSE(Bignum_lt(a, b) || Bignum_lt(b, a) || Bignum_lt(a, a));
 }
 
-TEST(Bignum, LincombTellingCases)
-{
-    // -0.5 in fromdouble form normalises to the single limb 0
-    Bignum half = Bignum_fromdouble(-0.5), zero = Bignum_fromdouble(0.0);
-    Bignum r = Bignum_lincomb(half, zero, 1.0, 0.0);
-    EXPECT_EQ(limbs_of(r), std::vector<uint16_t>{0});
-    EXPECT_TRUE(Bignum_lt(half, r)) << "the fromdouble form of -0.5 counts below every one-limb number";
-    Bignum_free(r);
-    Bignum_free(half);
-
-    // a top digit reaching 5000 grows by one limb: 3 * 2000 = 6000 pixels
-    Bignum two_thousand = Bignum_fromdouble(2000.0);
-    r = Bignum_lincomb(two_thousand, two_thousand, 2.0, 1.0);
-    EXPECT_EQ(limbs_of(r), (std::vector<uint16_t>{0, 6000, 5000}));
-    Bignum_free(r);
-    Bignum_free(two_thousand);
-    Bignum_free(zero);
-}
-
-TEST(Bignum, LincombMatchesTheExactReference)
+// Combinations and comparisons of the same random operands.
+TEST_F(Bignums, LincombAndComparisonsMatchTheExactReference)
 {
     std::mt19937 rng(20261121);
     // weights across the quantisation boundaries and both signs
@@ -221,11 +171,9 @@ TEST(Bignum, LincombMatchesTheExactReference)
             a = 1.0, b = -1.0;
         // every fourth: deep positions, X's top shared, and a point between them
         if (trial % 4 == 1 && X.n > 3) {
-            std::vector<uint16_t> low = limbs_of(X);
+            Limbs low = limbs_of(X);
             for (uint32_t i = 0, k = rng() % (X.n - 1); i < k; i++)
                 low[i] = (uint16_t)(trial % 8 == 1 ? 9999 * (rng() % 2) : rng() % 10000);
-            if (Y.limbs != X.limbs)
-                Bignum_free(Y);
             // limbs 0 apart by 5000: the converging step lands on a half exactly
             if (trial % 8 == 5) {
                 low[0] = (uint16_t)((X.limbs[0] + 5000) % 10000);
@@ -235,93 +183,64 @@ TEST(Bignum, LincombMatchesTheExactReference)
             if (trial % 3)
                 b = 1.0 - a;
         }
-        Bignum r = Bignum_lincomb(X, Y, a, b);
-        std::string expected = ref_decimal(ref_lincomb(X, Y, a, b));
-        ASSERT_EQ(decimal(r), expected) << "X = " << show(X) << "\nY = " << show(Y) << "\na = " << a
-                                        << " b = " << b << "\ngot " << show(r);
-        ASSERT_TRUE(normal_form(r)) << show(r);
-        if (expected == "0.0000") {
-            ASSERT_EQ(limbs_of(r), std::vector<uint16_t>{5000}) << show(X) << " " << show(Y);
-        }
-        if (Y.limbs != X.limbs)
-            Bignum_free(Y);
-        Bignum_free(X);
-        Bignum_free(r);
+        Bignum r = keep(Bignum_lincomb(X, Y, a, b));
+        Ref want = ref_lincomb(X, Y, a, b);
+        ASSERT_EQ(ref_sign(ref_add(ref_of(r), want, -1, 0)), 0)
+            << "X = " << show(X) << "\nY = " << show(Y) << "\na, b = " << a << ", " << b << ": " << show(r);
+        ASSERT_TRUE(normal(r.limbs, r.n)) << show(r);
+        ASSERT_TRUE(ref_sign(want) != 0 || limbs_of(r) == Limbs{5000}) << show(X) << " " << show(Y);
+        int sign = ref_sign(ref_add(ref_of(X), ref_of(Y), -1, 0));
+        ASSERT_EQ(Bignum_lt(X, Y), sign < 0) << show(X) << " < " << show(Y);
+        ASSERT_EQ(Bignum_lt(Y, X), sign > 0) << show(Y) << " < " << show(X);
     }
 }
 
-TEST(Bignum, ComparisonsMatchTheReference)
+TEST_F(Bignums, ComparisonsWithDoubles)
 {
-    std::mt19937 rng(99);
-    for (int trial = 0; trial < 4000; trial++) {
-        Bignum X = random_normal(rng, trial % 10 == 0 ? 300 : 4);
-        Bignum Y = random_normal(rng, trial % 10 == 0 ? 300 : 4);
-        Ref diff = ref_add(ref_of(X), ref_of(Y), -1, 0);
-        int sign = ref_sign(diff);
-        ASSERT_EQ(Bignum_lt(X, Y), sign < 0 ? 1 : 0) << show(X) << " < " << show(Y);
-        ASSERT_EQ(Bignum_lt(Y, X), sign > 0 ? 1 : 0) << show(Y) << " < " << show(X);
-        Bignum_free(X);
-        Bignum_free(Y);
-    }
-    // equal values of different lengths: (3000, 5000) and the single limb 8000
-    Bignum a = make({3000, 5000}), b = make({8000});
-    EXPECT_FALSE(Bignum_lt(a, b));
-    EXPECT_FALSE(Bignum_lt(b, a));
-    EXPECT_FALSE(Bignum_lt(a, a));
-    Bignum_free(a);
-    Bignum_free(b);
-}
-
-TEST(Bignum, ComparisonsWithDoubles)
-{
-    struct Case {
-        std::vector<uint16_t> limbs;
-        double x;
-        int lt, le, gt, ge;
+    // X, x, and the side of X from x truncated to four decimals
+    const std::tuple<Limbs, double, int> cases[] = {
+        {{0, 5128}, 128.0, 0},        {{0, 5128}, 128.00005, 0},   {{1, 5128}, 128.0, 1},
+        {{9999, 5127}, 128.0, -1},    {{0, 4872}, -128.0, 0},      {{5000, 5000, 5001}, 1e4, 1},
+        {{0, 0, 4999}, -1e4, 0},      {{8000}, 0.3, 0},
+        {{0, 5000, 4999}, -1e4, 1},  // -5000 in the fromdouble form
     };
-    const Case cases[] = {
-        {{0, 5128}, 128.0, 0, 1, 0, 1},
-        {{0, 5128}, 128.00005, 0, 1, 0, 1},   // the double is truncated to 128.0000
-        {{1, 5128}, 128.0, 0, 0, 1, 1},
-        {{9999, 5127}, 128.0, 1, 1, 0, 0},
-        {{0, 4872}, -128.0, 0, 1, 0, 1},
-        {{5000, 5000, 5001}, 1e4, 0, 0, 1, 1},
-        {{0, 0, 4999}, -1e4, 0, 1, 0, 1},
-        {{0, 5000, 4999}, -1e4, 0, 0, 1, 1},  // -5000 in the fromdouble form
-        {{8000}, 0.3, 0, 1, 0, 1},
-    };
-    for (const Case &c : cases) {
-        Bignum X = make(c.limbs);
-        EXPECT_EQ((std::vector<int>{Bignum_ltd(X, c.x), Bignum_led(X, c.x), Bignum_gtd(X, c.x),
-                                    Bignum_ged(X, c.x)}),
-                  (std::vector<int>{c.lt, c.le, c.gt, c.ge}))
-            << show(X) << " against " << c.x << ": <, <=, >, >=";
-        Bignum_free(X);
+    for (const auto &[limbs, x, side] : cases) {
+        Bignum X = make(limbs);
+        EXPECT_EQ((std::vector<int>{Bignum_ltd(X, x), Bignum_led(X, x), Bignum_gtd(X, x), Bignum_ged(X, x)}),
+                  (std::vector<int>{side < 0, side <= 0, side > 0, side >= 0}))
+            << show(X) << " against " << x << ": <, <=, >, >=";
     }
 }
 
-TEST(Bignum, ToDoubleAndItsCutOff)
+TEST_F(Bignums, ToDoubleWithItsCutOffAndDecimalText)
 {
-    const std::pair<std::vector<uint16_t>, double> cases[] = {
-        {{5000}, 0.0},          {{8000}, 0.3},     {{6999, 4999}, -0.3001},
-        {{0, 5128}, 128.0},     {{1234, 5678, 5001}, 15678.1234},
-        {{0, 0, 0, 0, 5001}, 1e12},
-        {{0, 0, 0, 0, 0, 5000}, 1e20},   // six limbs: only the side counts
-        {{9999, 9999, 9999, 9999, 9999, 4999}, -1e20},
-        {{0, 0, 0, 0, 0, 0, 5003}, 1e20},
+    const std::tuple<Limbs, double, const char *> cases[] = {
+        {{5000}, 0.0, "0.0000"},              {{0, 5000}, 0.0, "0.0000"},
+        {{8000}, 0.3, "0.3000"},              {{0}, -0.5, "-0.5000"},
+        {{6999, 4999}, -0.3001, "-0.3001"},   {{0, 4999}, -1.0, "-1.0000"},
+        {{0, 5128}, 128.0, "128.0000"},       {{1200, 5128}, 128.12, "128.1200"},
+        {{0, 10000}, 5000.0, "5000.0000"},    {{7, 3, 5001}, 10003.0007, "10003.0007"},
+        {{1234, 5678, 5001}, 15678.1234, "15678.1234"}, {{0, 0, 0, 4998}, -2e8, "-200000000.0000"},
+        {{0, 0, 0, 0, 5001}, 1e12, "1000000000000.0000"},
+        // six limbs and more: the double gives only the side
+        {{0, 0, 0, 0, 0, 5000}, 1e20, "0.0000"},
+        {{9999, 9999, 9999, 9999, 9999, 4999}, -1e20, "-0.0001"},
+        {{0, 0, 0, 0, 0, 0, 5003}, 1e20, "300000000000000000000.0000"},
     };
-    for (const auto &[limbs, value] : cases) {
+    for (const auto &[limbs, value, text] : cases) {
         Bignum X = make(limbs);
         EXPECT_NEAR(Bignum_todouble(X), value, 1e-9 * (1 + fabs(value))) << show(X);
         EXPECT_EQ(Bignum_tofloat(X), (float)Bignum_todouble(X)) << show(X);
-        Bignum_free(X);
+        char *decimal = Bignum_todecimal(X);
+        EXPECT_STREQ(decimal, text) << show(X);
+        free(decimal);
     }
 }
 
-TEST(Bignum, RatioWithoutTheCutOff)
+TEST_F(Bignums, RatioWithoutTheCutOff)
 {
-    const std::vector<uint16_t> one = {0, 5001}, big(100, 9999);
-    const std::tuple<std::vector<uint16_t>, std::vector<uint16_t>, double> cases[] = {
+    const Limbs one = {0, 5001}, big(100, 9999);
+    const std::tuple<Limbs, Limbs, double> cases[] = {
         {{0, 5128}, one, 128.0},
         {{2000, 4999}, one, -0.8},
         {{5000}, one, 0.0},
@@ -333,24 +252,6 @@ TEST(Bignum, RatioWithoutTheCutOff)
     for (const auto &[x, y, ratio] : cases) {
         Bignum X = make(x), Y = make(y);
         EXPECT_DOUBLE_EQ(Bignum_ratio(X, Y), ratio) << show(X) << " / " << show(Y);
-        Bignum_free(X);
-        Bignum_free(Y);
-    }
-}
-
-TEST(Bignum, DecimalText)
-{
-    const std::pair<std::vector<uint16_t>, const char *> cases[] = {
-        {{5000}, "0.0000"},       {{0, 5000}, "0.0000"},  {{6999, 4999}, "-0.3001"},
-        {{0, 4999}, "-1.0000"},   {{0}, "-0.5000"},       {{1200, 5128}, "128.1200"},
-        {{7, 3, 5001}, "10003.0007"}, {{0, 0, 0, 4998}, "-200000000.0000"},
-        {{0, 10000}, "5000.0000"},
-    };
-    for (const auto &[limbs, text] : cases) {
-        Bignum X = make(limbs);
-        EXPECT_EQ(decimal(X), text) << show(X);
-        EXPECT_EQ(ref_decimal(ref_of(X)), text) << "reference, " << show(X);
-        Bignum_free(X);
     }
 }
 
