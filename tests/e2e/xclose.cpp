@@ -6,25 +6,19 @@
 
 int main(int argc, char **argv)
 {
-    if (argc != 2) {
-        fprintf(stderr, "usage: xclose WINDOW_ID\n");
-        return 2;
-    }
-    Display *display = XOpenDisplay(nullptr);
+    Display *display = argc == 2 ? XOpenDisplay(nullptr) : nullptr;
     if (!display) {
-        fprintf(stderr, "xclose: cannot open the display\n");
+        fprintf(stderr, "usage: xclose WINDOW_ID, with a display to reach\n");
         return 2;
     }
-    Window window = (Window)strtoul(argv[1], nullptr, 0);
     XEvent event = {};
     event.xclient.type = ClientMessage;
-    event.xclient.window = window;
+    event.xclient.window = (Window)strtoul(argv[1], nullptr, 0);
     event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
     event.xclient.format = 32;
     event.xclient.data.l[0] = (long)XInternAtom(display, "WM_DELETE_WINDOW", False);
     event.xclient.data.l[1] = CurrentTime;
-    XSendEvent(display, window, False, NoEventMask, &event);
-    XFlush(display);
+    XSendEvent(display, event.xclient.window, False, NoEventMask, &event);
     XCloseDisplay(display);
     return 0;
 }

@@ -1,95 +1,84 @@
-// Ordinal arithmetic: comparison, successor, predecessor, sum and the towers.
-#include <gtest/gtest.h>
-
+// Ordinal arithmetic: comparison, successor, predecessor and sum; clone and copy.
 #include "OrdBuchholz/ord_arith.h"
 #include "ord_fixtures_test.h"
 
 namespace {
 
-class Arith : public InBothModes {
-protected:
-    // The text of a result whose top array is new, released after reading.
-    std::string take(Ord x)
-    {
-        std::string s = text_of(x);
-        Ord_freearray(x);
-        return s;
-    }
-};
+class Arith : public InBothModes {};
+
+// The text of a result whose top array is new, released after reading.
+std::string take(Ord x)
+{
+    std::string s = text_of(x);
+    Ord_freearray(x);
+    return s;
+}
 
 TEST_P(Arith, CompareFollowsTheOrder)
 {
-    // each row lies strictly below the next: at the first term that differs a
-    // proper prefix is smaller, and coefficients decide before later terms
+    // strictly ascending: a proper prefix is smaller, and coefficients decide before later terms
     const char *ascending[] = {
         "0", "1", "2", "omega", "omega+1", "omega+3", "omega.2", "omega.2+1", "psi_{0}(2)",
         "psi_{0}(omega)", "psi_{0}(Omega)", "psi_{0}(Omega)+1", "psi_{0}(Omega.2)",
         "psi_{0}(psi_{1}(Omega))", "psi_{0}(Omega_{2})", "psi_{0}(Omega_{omega})", "Omega",
         "Omega+omega", "Omega.2", "psi_{1}(Omega)", "Omega_{2}", "Omega_{omega}",
     };
-    const size_t n = sizeof ascending / sizeof ascending[0];
     std::vector<Ord> v;
     for (const char *t : ascending)
         v.push_back(pool.read(t));
-    for (size_t i = 0; i < n; i++)
-        for (size_t j = 0; j < n; j++) {
-            int32_t want = i < j ? -1 : i > j ? 1 : 0;
-            EXPECT_EQ(Ord_cmp(v[i], v[j]), want) << ascending[i] << " vs " << ascending[j];
-        }
+    for (size_t i = 0; i < v.size(); i++)
+        for (size_t j = 0; j < v.size(); j++)
+            EXPECT_EQ(Ord_cmp(v[i], v[j]), i < j ? -1 : i > j) << ascending[i] << " vs " << ascending[j];
 }
 
 TEST_P(Arith, SuccessorAndPredecessor)
 {
-    struct Case {
-        const char *x, *succ, *pred;
+    // x, x+1, the predecessor (a limit is its own), whether x is a successor
+    const std::tuple<const char *, const char *, const char *, bool> cases[] = {
+        {"0", "1", "0", false},                {"1", "2", "0", true},
+        {"omega", "omega+1", "omega", false},  {"omega.2+7", "omega.2+8", "omega.2+6", true},
+        {"Omega", "Omega+1", "Omega", false},  {"Omega+1", "Omega+2", "Omega", true},
     };
-    const Case cases[] = {
-        {"0", "1", "0"},         {"1", "2", "0"},                 {"5", "6", "4"},
-        {"omega", "omega+1", "omega"}, {"omega+1", "omega+2", "omega"},
-        {"omega.2+7", "omega.2+8", "omega.2+6"}, {"Omega", "Omega+1", "Omega"},
-    };
-    for (const Case &c : cases) {
-        Ord x = pool.read(c.x);
-        EXPECT_EQ(take(Ord_succ(x)), c.succ) << c.x;
-        EXPECT_EQ(take(Ord_pred(x)), c.pred) << c.x;
+    for (const auto &[text, succ, pred, successor] : cases) {
+        Ord x = pool.read(text);
+        EXPECT_EQ(take(Ord_succ(x)), succ) << text;
+        EXPECT_EQ(take(Ord_pred(x)), pred) << text;
+        EXPECT_EQ(Ord_issuccessor(x), successor) << text;
     }
 }
 
 TEST_P(Arith, SumAbsorbsAndMerges)
 {
-    struct Case {
-        const char *x, *y, *sum;
-    };
-    const Case cases[] = {
-        {"1", "omega", "omega"},       {"omega", "1", "omega+1"},  {"omega.2", "omega.3", "omega.5"},
-        {"omega+5", "omega", "omega.2"}, {"Omega", "3", "Omega+3"}, {"3", "Omega", "Omega"},
+    const char *cases[][3] = {
+        {"1", "omega", "omega"},         {"omega", "1", "omega+1"},  {"omega.2", "omega.3", "omega.5"},
+        {"omega+5", "omega", "omega.2"}, {"Omega", "3", "Omega+3"},  {"3", "Omega", "Omega"},
+        {"0", "omega", "omega"},         {"omega", "0", "omega"},
         {"Omega+omega", "psi_{0}(Omega)", "Omega+epsilon_{0}"},
         {"psi_{0}(2)+omega", "psi_{0}(2).2+1", "omega^{2}.3+1"},
         {"Omega_{2}+Omega", "Omega.2+omega", "Omega_{2}+Omega.3+omega"},
-        {"0", "omega", "omega"},       {"omega", "0", "omega"},
     };
-    for (const Case &c : cases) {
-        Ord x = pool.read(c.x);
-        Ord y = pool.read(c.y);
+    for (const auto &[a, b, sum] : cases) {
+        Ord x = pool.read(a), y = pool.read(b);
         Ord s = Ord_add(x, y);
         // always a new array, so it can be released alone
-        EXPECT_NE(s.terms, x.terms);
-        EXPECT_NE(s.terms, y.terms);
-        EXPECT_EQ(take(s), c.sum) << c.x << " + " << c.y;
+        EXPECT_TRUE(s.terms != x.terms && s.terms != y.terms) << a << " + " << b;
+        EXPECT_EQ(take(s), sum) << a << " + " << b;
     }
 }
 
-TEST_P(Arith, SuccessorTestAndTowers)
+TEST_P(Arith, CloneIsDeepAndCopySharesAllBelowTheTop)
 {
-    EXPECT_FALSE(Ord_issuccessor(Ord_zero()));
-    EXPECT_TRUE(Ord_issuccessor(pool.read("3")));
-    EXPECT_TRUE(Ord_issuccessor(pool.read("Omega+1")));
-    EXPECT_FALSE(Ord_issuccessor(pool.read("omega")));
-
-    for (const char *t : {"0", "1", "omega", "psi_{0}(omega)", "psi_{0}(psi_{0}(omega))"})
-        EXPECT_TRUE(is_omega_tower(pool.read(t))) << t;
-    for (const char *t : {"2", "omega.2", "omega+1", "Omega", "psi_{0}(omega.2)", "psi_{0}(Omega)"})
-        EXPECT_FALSE(is_omega_tower(pool.read(t))) << t;
+    Ord x = pool.read("psi_{0}(psi_{1}(Omega+3))+omega.2+5");
+    Ord c = Ord_clone(x);
+    EXPECT_EQ(text_of(c), "varphi_{2}(omega^{3})+omega.2+5");
+    EXPECT_TRUE(c.terms != x.terms && c.terms[0].arg.terms[0].arg.terms != x.terms[0].arg.terms[0].arg.terms);
+    // freeing the clone leaves the source intact
+    Ord_free(c);
+    EXPECT_EQ(text_of(x), "varphi_{2}(omega^{3})+omega.2+5");
+    EXPECT_EQ(Ord_clone(Ord_zero()).count, 0u);
+    c = Ord_copy(x);
+    EXPECT_TRUE(c.terms != x.terms && c.terms[0].arg.terms == x.terms[0].arg.terms);
+    Ord_freearray(c);
 }
 
 INSTANTIATE_IN_BOTH_MODES(Arith);

@@ -17,15 +17,10 @@
 
 enum class MemoryMode { Heap, Arena };
 
-inline const char *memory_mode_name(const testing::TestParamInfo<MemoryMode> &info)
-{
-    return info.param == MemoryMode::Heap ? "Heap" : "Arena";
-}
-
 // Runs every test of a suite of InBothModes (below) on the heap and in the arena.
 #define INSTANTIATE_IN_BOTH_MODES(Suite)                                                           \
     INSTANTIATE_TEST_SUITE_P(Modes, Suite, testing::Values(MemoryMode::Heap, MemoryMode::Arena), \
-                             memory_mode_name)
+                             [](const auto &i) { return i.param == MemoryMode::Heap ? "Heap" : "Arena"; })
 
 // Ordinals read for one test, released together at its end (heap mode).
 struct OrdPool {
@@ -36,8 +31,7 @@ struct OrdPool {
         Ord x;
         OrdParseError error;
         EXPECT_TRUE(Ord_parse_any(text, &x, &error)) << "reading '" << text << "': " << error.message;
-        owned.push_back(x);
-        return x;
+        return owned.emplace_back(x);
     }
     void release()
     {
@@ -70,30 +64,22 @@ inline std::string text_of(Ord x, const char *bits = "111111")
 inline std::string shape_of(Ord x)
 {
     std::string s = "[";
-    for (uint32_t i = 0; i < x.count; i++) {
-        if (i)
-            s += ", ";
-        s += "(" + std::to_string(x.terms[i].coef) + ", " + shape_of(x.terms[i].sub) + ", " +
-             shape_of(x.terms[i].arg) + ")";
-    }
+    for (uint32_t i = 0; i < x.count; i++)
+        s += (i ? ", (" : "(") + std::to_string(x.terms[i].coef) + ", " + shape_of(x.terms[i].sub) +
+             ", " + shape_of(x.terms[i].arg) + ")";
     return s + "]";
 }
 
-// Fixture of the tests that run once in each memory mode. The one arena of
-// the test process is made on first use and kept, so its blocks stay
-// reachable and LeakSanitizer does not count them.
+// Fixture of the tests run once in each memory mode. The one arena is kept for
+// the whole process, so LeakSanitizer sees its blocks as reachable.
 class InBothModes : public testing::TestWithParam<MemoryMode> {
 protected:
     void SetUp() override
     {
         static MemStack arena;
-        static bool made = false;
-        if (GetParam() != MemoryMode::Arena)
-            return;
-        if (!made)
-            memstack_init(&arena);
-        made = true;
-        ord_arena = &arena;
+        [[maybe_unused]] static bool made = (memstack_init(&arena), true);
+        if (GetParam() == MemoryMode::Arena)
+            ord_arena = &arena;
     }
     void TearDown() override
     {
@@ -105,9 +91,7 @@ protected:
     OrdPool pool;
 };
 
-// ---- the tables of telling values, in psi text ----
-
-// Fundamental sequences: x, its text with all toggles on, its first members.
+// Telling fundamental sequences: x in psi, its text with all toggles on, its first members.
 struct SequenceRow {
     const char *x;
     const char *text;
@@ -120,8 +104,7 @@ inline const std::vector<SequenceRow> &sequence_rows()
         {"omega", "omega", {"0", "1", "2", "3"}},
         {"psi_{0}(2)", "omega^{2}", {"0", "omega", "omega.2", "omega.3"}},
         {"psi_{0}(omega)", "omega^{omega}", {"1", "omega", "omega^{2}", "omega^{3}"}},
-        {"psi_{0}(Omega)", "epsilon_{0}",
-         {"1", "omega", "omega^{omega}", "omega^{omega^{omega}}"}},
+        {"psi_{0}(Omega)", "epsilon_{0}", {"1", "omega", "omega^{omega}", "omega^{omega^{omega}}"}},
         {"psi_{0}(Omega.2)", "epsilon_{1}",
          {"epsilon_{0}", "omega^{epsilon_{0}.2}", "omega^{omega^{epsilon_{0}.2}}"}},
         {"psi_{0}(psi_{1}(Omega))", "varphi_{2}(0)",
@@ -139,16 +122,15 @@ inline const std::vector<SequenceRow> &sequence_rows()
     return rows;
 }
 
-// Notation: x, the row as six digits, the text.
+// Notation: x, the row as six digits (toggle order: n, alpha.n, omega, epsilon, varphi, Omega), the
+// text. The texts of the sequence rows above are checked too, so their forms are not repeated here.
 struct NotationCase {
     const char *x;
     const char *bits;
     const char *text;
 };
 
-// With all six toggles on; the text of every sequence row above is checked
-// as well, so the forms those show are not repeated here.
-inline const std::vector<NotationCase> &notation_all_on()
+inline const std::vector<NotationCase> &notation_cases()
 {
     static const std::vector<NotationCase> rows = {
         {"omega.2+3", "111111", "omega.2+3"},
@@ -165,14 +147,6 @@ inline const std::vector<NotationCase> &notation_all_on()
         {"psi_{0}(psi_{1}(Omega+1)+psi_{1}(Omega))", "111111", "varphi_{2}(omega+1)"},
         {"psi_{0}(psi_{1}(psi_{1}(1)))", "111111", "varphi_{omega}(0)"},
         {"psi_{0}(psi_{1}(psi_{1}(1)+Omega))", "111111", "varphi_{omega+1}(0)"},
-    };
-    return rows;
-}
-
-// With other rows (toggle order: n, alpha.n, omega, epsilon, varphi, Omega).
-inline const std::vector<NotationCase> &notation_other_rows()
-{
-    static const std::vector<NotationCase> rows = {
         {"3", "000000", "psi_{0}(0)+psi_{0}(0)+psi_{0}(0)"},
         {"3", "010000", "psi_{0}(0).3"},
         {"omega", "000000", "psi_{0}(psi_{0}(0))"},
@@ -188,25 +162,19 @@ inline const std::vector<NotationCase> &notation_other_rows()
     return rows;
 }
 
-// The psi text of every row of the three tables, and of two more values
-// whose walks pass through the templates of Omega.n and psi_1.
+// The psi text of every table row, and of two values whose walks pass the templates of Omega.n and psi_1.
 inline std::vector<const char *> table_ordinals()
 {
     std::vector<const char *> all = {"Omega.2", "psi_{1}(Omega)"};
     for (const SequenceRow &r : sequence_rows())
         all.push_back(r.x);
-    for (const auto *table : {&notation_all_on(), &notation_other_rows()})
-        for (const NotationCase &c : *table)
-            all.push_back(c.x);
+    for (const NotationCase &c : notation_cases())
+        all.push_back(c.x);
     return all;
 }
 
-// ---- walking expansions ----
-
-// Expands x and then every limit member, `depth` levels down, n members each,
-// every expansion from a fresh path as the layout makes it. Records every
-// ordinal met (x included) and, for each expansion, what was expanded; the
-// expansions live until release(), since members share their arrays.
+// Expands x and every limit member, `depth` levels down, n members each, from a fresh path as the
+// layout does; records every ordinal met and each expansion, kept until release() for the members.
 struct ExpansionWalk {
     struct Step {
         Ord x;
