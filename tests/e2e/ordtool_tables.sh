@@ -37,10 +37,11 @@ refuse() {
     rm -f "$logs"/*
 }
 
-# a limit of omega and the top with their members, texts in other rows,
-# comparisons (a name the window shows stands for its ordinal)
+# a limit of omega, a fixed point and the top with their members, texts in
+# other rows, comparisons (a name the window shows stands for its ordinal)
 check 'epsilon_{0}' print 'psi_{0}(Omega)'
 check "$(printf '1\nomega\nomega^{omega}')" expand 'psi_{0}(Omega)' 3
+check "$(printf 'varphi_{2}(0)\nvarphi_{varphi_{2}(0)}(0)')" expand 'psi_{0}(psi_{1}(psi_{1}(Omega)))' 2
 check "$(printf 'omega\nepsilon_{0}\npsi_{0}(Omega_{Omega})')" expand 'psi_{0}(I)' 3
 check 'omega+omega+3' print 'omega.2+3' --row 101111
 check "$(printf 'psi_{0}(1)\npsi_{0}(psi_{1}(0))')" expand 'psi_{0}(Omega_{omega})' 2 --row 100000

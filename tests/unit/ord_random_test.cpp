@@ -68,9 +68,10 @@ class Random : public InBothModes {};
 INSTANTIATE_IN_BOTH_MODES(Random);
 
 // Every value of the random walks, and every ordinal met three levels below
-// the table rows, is in normal form. (The reader takes them back from every
-// row: ord_parse_test.cpp checks that on the ordinals of tick walks.)
-TEST_P(Random, ValuesAreNormal)
+// the table rows, is normal and reads back to the same structure from the
+// text of every row that writes only psi (n, alpha.n and Omega_alpha each on
+// or off), which the reader takes.
+TEST_P(Random, ValuesAreNormalAndReadBackThroughEveryPsiRow)
 {
     RandomLine line(20261121);
     for (int i = 0; i < 300; i++)
@@ -81,8 +82,19 @@ TEST_P(Random, ValuesAreNormal)
         walk.walk(pool.read(row), 3, 4);
     ASSERT_GT(walk.met.size(), 2000u);
     line.values.insert(line.values.end(), walk.met.begin(), walk.met.end());
-    for (Ord x : line.values)
+
+    for (Ord x : line.values) {
         ASSERT_TRUE(Ord_isnormal(x)) << text_of(x);
+        for (int bits = 0; bits < 8; bits++) {
+            std::string row = std::to_string(bits & 1) + std::to_string(bits >> 1 & 1) + "000";
+            std::string text = text_of(x, (row + std::to_string(bits >> 2)).c_str());
+            Ord back;
+            OrdParseError error;
+            ASSERT_TRUE(Ord_parse_any(text.c_str(), &back, &error)) << text << ": " << error.message;
+            EXPECT_EQ(Ord_cmp(back, x), 0) << text << "\n" << shape_of(back) << "\n" << shape_of(x);
+            Ord_free(back);
+        }
+    }
     walk.release();
 }
 
