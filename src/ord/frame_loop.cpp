@@ -90,9 +90,10 @@ void frame_loop()
     double last_time = clock_seconds();
     startup_relative_mouse();
     startup_check_screen();
-    LOOP();
+    // a close request before the first frame ends the program like one after it
+    bool closed = LOOP();
 
-    for (;;) {
+    while (!closed) {
         double now = clock_seconds();
         double frame_dt = now - last_time;
         walk_record_screen(&record);

@@ -15,7 +15,7 @@ int32_t LOOP()
     while (SDL_PollEvent(&event)) {
         switch (event.type) {
         case SDL_QUIT:
-            SDL_Quit();
+            window_close();
             return 1;
         case SDL_WINDOWEVENT:
             if (event.window.event == SDL_WINDOWEVENT_SIZE_CHANGED)

@@ -97,7 +97,7 @@ int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
     if (SDL_Init(SDL_INIT_VIDEO) < 0)
         window_impossible("No display to open the window on", SDL_GetError());
     // a fatal report closes the window before the process ends
-    report_shutdown = SDL_Quit;
+    report_shutdown = window_close;
     if (!video_driver_shows(SDL_GetCurrentVideoDriver()))
         window_impossible("No display to open the window on", "DISPLAY is unset or unreachable");
 
@@ -121,4 +121,18 @@ int32_t GRAPHICS(int32_t width, int32_t height, const char *caption)
     if (windowed == 0)
         SDL_ShowCursor(0);
     return 1;
+}
+
+void window_close()
+{
+    if (gl_context) {
+        glFinish();
+        SDL_GL_MakeCurrent(sdl_window, nullptr);
+        SDL_GL_DeleteContext(gl_context);
+        gl_context = nullptr;
+    }
+    if (sdl_window)
+        SDL_DestroyWindow(sdl_window);
+    sdl_window = nullptr;
+    SDL_Quit();
 }

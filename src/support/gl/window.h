@@ -1,4 +1,5 @@
-// The window and its OpenGL context: brought up once, never closed by the program.
+// The window and its OpenGL context: brought up once, closed at a close request
+// or a fatal report.
 #pragma once
 
 #include <stdint.h>
@@ -18,3 +19,8 @@ extern SDL_GLContext gl_context;
 // without a display to show it on (or a window or OpenGL context that cannot
 // be made) it ends the program with one line and status 1.
 int32_t GRAPHICS(int32_t width, int32_t height, const char *caption);
+
+// Closes the window and SDL. The last frame's drawing is finished and the
+// context released first: llvmpipe's threads, torn down in the middle of a
+// frame, wait for each other for ever and the process never ends.
+void window_close();
