@@ -10,13 +10,8 @@
 #include "PlotSegment2/centre_readout.h"
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/tick_walk.h"
-#include "ord/font_variants.h"
-// the rows have a folder of their own in newer trees
-#if __has_include("notation/notation_rows.h")
 #include "notation/notation_rows.h"
-#else
-#include "ord/notation_rows.h"
-#endif
+#include "ord/font_variants.h"
 #include "support/bitmapfonts/font_pack.h"
 #include "support/bitmapfonts/font_registry.h"
 #include "support/bitmapfonts/markup.h"

@@ -85,8 +85,6 @@ refuse "successor" expand 'omega+1' 3
 refuse "0 and has no" expand 0 3
 for n in 0 1001; do refuse "N must be" expand omega $n; done
 refuse "position 8" print 'omega^{x}'
-refuse "not in normal form" print 'psi_{0}(psi_{1}(psi_{0}(Omega_{2})))'
-refuse "above psi_{0}(I)" cmp 'psi_{0}(I)' Omega
 refuse "uncountable cofinality" expand 'psi_{5}(psi_{11}(Omega))' 3
 refuse 'ome\nga' print "$(printf 'ome\nga')"
 for v in 0.0001 inf nan; do refuse "--minsize wants" line --width 1280 --minsize $v; done

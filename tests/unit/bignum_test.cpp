@@ -237,22 +237,4 @@ TEST_F(Bignums, ToDoubleWithItsCutOffAndDecimalText)
     }
 }
 
-TEST_F(Bignums, RatioWithoutTheCutOff)
-{
-    const Limbs one = {0, 5001}, big(100, 9999);
-    const std::tuple<Limbs, Limbs, double> cases[] = {
-        {{0, 5128}, one, 128.0},
-        {{2000, 4999}, one, -0.8},
-        {{5000}, one, 0.0},
-        {{1, 0, 0, 0, 0, 0, 0, 5001}, one, 1e24},  // past the cut-off of Bignum_todouble
-        {one, {0, 0, 0, 0, 0, 0, 0, 5002}, 5e-25},
-        {big, one, INFINITY},
-        {one, big, 0.0},
-    };
-    for (const auto &[x, y, ratio] : cases) {
-        Bignum X = make(x), Y = make(y);
-        EXPECT_DOUBLE_EQ(Bignum_ratio(X, Y), ratio) << show(X) << " / " << show(Y);
-    }
-}
-
 }  // namespace

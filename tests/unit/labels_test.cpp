@@ -161,11 +161,6 @@ TEST_F(TextStages, LabelTextIsExpandedAndElidedAtAWholeTerm)
     EXPECT_EQ(shown.substr(shown.size() - 7), "\x02\x01\x17+...");
     EXPECT_LE(shown.size(), (size_t)LABEL_TEXT_MAX);
     free(cut);
-    // and a label line is cut to its room in pixels
-    char *narrow = label_text(pool.read("omega.1667"), row, 100.0f);
-    EXPECT_LE(text_width(narrow), 100.0f);
-    EXPECT_EQ(bytes(narrow).substr(bytes(narrow).size() - 4), "+...");
-    free(narrow);
 }
 
 // The lines of every label of a label pass over a view.
@@ -456,20 +451,6 @@ TEST_F(TextStages, LabelsOfTheFirstView)
         EXPECT_TRUE(has(ordinal)) << ordinal;
     EXPECT_FALSE(has("psi_{0}(Omega_{Omega_{Omega_{Omega}}})"));
     labels_discard();
-
-    // a second row doubles every label line, each 37 pixels above the one before
-    DynArray_append(&notation_rows, &new_row_template);
-    notation_row(1)->toggle[TOGGLE_OMEGA] = 0;
-    lines.clear();
-    walk_line(collect_label, r);
-    ASSERT_EQ(lines.size(), 2 * one_row.size() - 1);
-    for (size_t i = 0; i + 1 < one_row.size(); i++) {
-        EXPECT_EQ(lines[2 * i].text, one_row[i].text);
-        EXPECT_FLOAT_EQ(lines[2 * i + 1].y, one_row[i].y - 37.0f);
-    }
-    // omega^omega is the fourth label; the second row writes it with psi
-    EXPECT_NE(lines[7].text, lines[6].text);
-    EXPECT_NE(lines[7].text.find("\x02\x01\x16"), std::string::npos);  // psi
     free_view(r);
 }
 

@@ -1,4 +1,4 @@
-// Ordinal arithmetic: comparison, successor, predecessor and sum; clone and copy.
+// Ordinal arithmetic: comparison, successor, predecessor and sum.
 #include "OrdBuchholz/ord_arith.h"
 #include "ord_fixtures_test.h"
 
@@ -64,21 +64,6 @@ TEST_P(Arith, SumAbsorbsAndMerges)
         EXPECT_TRUE(s.terms != x.terms && s.terms != y.terms) << a << " + " << b;
         EXPECT_EQ(take(s), sum) << a << " + " << b;
     }
-}
-
-TEST_P(Arith, CloneIsDeepAndCopySharesAllBelowTheTop)
-{
-    Ord x = pool.read("psi_{0}(psi_{1}(Omega+3))+omega.2+5");
-    Ord c = Ord_clone(x);
-    EXPECT_EQ(text_of(c), "varphi_{2}(omega^{3})+omega.2+5");
-    EXPECT_TRUE(c.terms != x.terms && c.terms[0].arg.terms[0].arg.terms != x.terms[0].arg.terms[0].arg.terms);
-    // freeing the clone leaves the source intact
-    Ord_free(c);
-    EXPECT_EQ(text_of(x), "varphi_{2}(omega^{3})+omega.2+5");
-    EXPECT_EQ(Ord_clone(Ord_zero()).count, 0u);
-    c = Ord_copy(x);
-    EXPECT_TRUE(c.terms != x.terms && c.terms[0].arg.terms == x.terms[0].arg.terms);
-    Ord_freearray(c);
 }
 
 INSTANTIATE_IN_BOTH_MODES(Arith);

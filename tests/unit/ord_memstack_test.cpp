@@ -1,4 +1,4 @@
-// The arena: block sizes, block moves, figures, and the term operations in it.
+// The arena: block sizes, block moves and figures.
 #include "ord_fixtures_test.h"
 
 namespace {
@@ -40,22 +40,6 @@ TEST_F(Arena, AllocationBumpsMovesWholeAndRewindKeepsTheBlocks)
     EXPECT_EQ(memstack_block_size(6), 4000000);
     EXPECT_EQ(memstack_block_size(33), 2048000000);
     EXPECT_LT(memstack_block_size(34), 0);
-}
-
-TEST_F(Arena, TermOperationsUseTheArenaAndNeverFreeThere)
-{
-    ord_arena = &stack;
-    Ord zero = Ord_alloc(0);
-    EXPECT_TRUE(zero.count == 0 && zero.terms == nullptr && stack.top == stack.base[0]);
-    Ord x = Ord_alloc(3);
-    EXPECT_EQ((char *)x.terms, stack.base[0]);
-    for (uint32_t i = 0; i < 3; i++)
-        x.terms[i] = OrdTerm{i + 1, Ord_zero(), Ord_zero()};
-    // freeing in the arena does nothing: the top stays, and so do the terms
-    Ord_freearray(x);
-    Ord_free(x);
-    EXPECT_EQ(stack.top, stack.base[0] + 3 * sizeof(OrdTerm));
-    EXPECT_EQ(x.terms[2].coef, 3u);
 }
 
 }  // namespace

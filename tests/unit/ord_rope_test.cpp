@@ -1,6 +1,6 @@
-// Ropes of frames: length arithmetic, frame interning, random ropes against a
-// plain vector, huge ropes against arithmetic, overflow, the two stores and
-// the search from the end.
+// Ropes of frames: length arithmetic, random ropes against a plain vector,
+// huge ropes against arithmetic, overflow and the two stores. (Their use in
+// expansion is checked against the recursive reference in ord_deep_test.cpp.)
 #include <gtest/gtest.h>
 
 #include <math.h>
@@ -77,29 +77,6 @@ TEST_F(Rope, DivisionFitsOrRefuses)
         RopeLen r = {};
         EXPECT_EQ(RopeLen_divmod_by(row.a, row.d, &q, &r), row.ok) << "row " << &row - rows;
         EXPECT_TRUE(!row.ok || (q == row.q && RopeLen_cmp(r, row.r) == 0)) << "row " << &row - rows;
-    }
-}
-
-TEST_F(Rope, FramesInternByContentAndTheIdentityOfTheirParts)
-{
-    OrdTerm one = {1, Ord_zero(), Ord_zero()}, other_one = one;
-    Ord x = {1, &one}, y = {1, &other_one};
-    OrdTerm a[] = {{2, x, Ord_zero()}}, a_copy[] = {{2, x, Ord_zero()}}, b[] = {{2, y, Ord_zero()}},
-            c[] = {{3, x, Ord_zero()}};
-    struct Row { OrdTerm *p; uint8_t hole_p; OrdTerm *q; uint8_t hole_q; bool same; };
-    const Row rows[] = {
-        {a, ROPE_ARG, a_copy, ROPE_ARG, true},  // another top array, same content
-        {a, ROPE_ARG, b, ROPE_ARG, false},      // equal sub values, different arrays
-        {a, ROPE_ARG, c, ROPE_ARG, false},
-        {&one, ROPE_NONE, &one, ROPE_SUB, false},
-    };
-    for (const Row &row : rows) {
-        uint32_t p = rope_frame(Ord{1, row.p}, row.hole_p), q = rope_frame(Ord{1, row.q}, row.hole_q);
-        EXPECT_EQ(p == q, row.same) << "coefs " << row.p->coef << " and " << row.q->coef;
-        // the store's own copy of the top array, sharing what is below
-        const RopeFrame *f = rope_frame_get(p);
-        ASSERT_NE(f, nullptr);
-        EXPECT_TRUE(f->level.terms != row.p && f->level.terms[0].sub.terms == row.p->sub.terms);
     }
 }
 
@@ -190,16 +167,6 @@ TEST_F(Rope, HugeRopesCompareByArithmetic)
     EXPECT_EQ(RopeLen_cmp(rope_lcp(x, z), pow2(301)), 0);
     EXPECT_TRUE(rope_equal(x, z));
     EXPECT_LE(rope_height(y), 2000u);
-
-    // (a b c)^(10^9) against (a b c)^(10^9 - 1) (a c) and (a b c)^(10^9 - 1) (a b c)
-    RopeNode *t = rope_concat(rope_concat(a, b), c);
-    RopeNode *u = rope_repeat(t, 1000000000);
-    RopeNode *v = rope_concat(rope_repeat(t, 999999999), rope_concat(a, c));
-    RopeNode *w = rope_concat(rope_repeat(t, 999999999), t);
-    EXPECT_EQ(small(rope_lcp(u, v)), 2999999997u + 1);
-    EXPECT_EQ(small(rope_lcp(v, u)), 2999999997u + 1);
-    EXPECT_EQ(small(rope_lcp(w, u)), 3000000000u);
-    EXPECT_EQ(small(rope_lcp(rope_drop(u, RopeLen_small(1)), rope_drop(w, RopeLen_small(1)))), 2999999999u);
 }
 
 TEST_F(Rope, PastFiveHundredTwelveBitsGivesNull)
@@ -246,35 +213,6 @@ TEST_F(Rope, RewindEmptiesTheTemporaryStoreAndPersistentNodesStay)
         },
         testing::ExitedWithCode(1), "temporary");
     memstack_free(&arena);
-}
-
-uint32_t keep_calls;
-
-bool keep_frame(uint32_t frame, void *wanted)
-{
-    keep_calls++;
-    return frame == *(uint32_t *)wanted;
-}
-
-TEST_F(Rope, FindLastSearchesOneCopyOfARepeat)
-{
-    // f5, then (f0 f1 f2 f3 f4)^1000, then (f0 f1)^3
-    RopeNode *t = nullptr;
-    for (uint32_t i = 0; i < 5; i++)
-        t = rope_concat(t, leaf_of(i));
-    RopeNode *n = rope_concat(rope_concat(leaf_of(5), rope_repeat(t, 1000)),
-                              rope_repeat(rope_take(t, RopeLen_small(2)), 3));
-    // the frame looked for, and the index of its last place if there is one
-    const std::pair<uint32_t, int64_t> rows[] = {{1, 5006}, {3, 1 + 999 * 5 + 3}, {5, 0}, {6, -1}};
-    for (auto [frame, index] : rows) {
-        uint32_t wanted = frame_of(frame);
-        bool found;
-        keep_calls = 0;
-        RopeLen at = rope_find_last(n, keep_frame, &wanted, &found);
-        EXPECT_EQ(found, index >= 0) << "frame " << frame;
-        EXPECT_EQ(small(at), (uint64_t)std::max<int64_t>(index, 0)) << "frame " << frame;
-        EXPECT_LE(keep_calls, 6u) << "frame " << frame;
-    }
 }
 
 }  // namespace
