@@ -5,11 +5,15 @@ end-to-end scripts a fault names. A tool for whoever cuts or rewrites tests:
 run it before and after, then --before compares the two records.
 
   run_faults.py [--tree DIR] [--work DIR] [--jobs N] [--check] [--no-e2e]
-                [--out FILE] [--before FILE] [ID|PREFIX|AREA ...]
+                [--first] [--hang N] [--out FILE] [--before FILE] [ID|PREFIX|AREA ...]
 
 --tree is the tree under test (default: the one holding this script).
 
 --check only applies and builds each fault (a fault must build with -Werror).
+--first stops at the first test that catches a fault, quickest tests first:
+enough to show a fault is caught, where the full list takes long (faults
+of the ordinal core make many tests hang). --hang N: a test hangs past N
+times its usual time and 20 s more (default 4).
 The end-to-end scripts need DISPLAY (an X server such as Xvfb).
 
 A fault: "[ID] AREA | FILE | E2E SCRIPTS | WHY", then "- " lines (joined by
@@ -83,13 +87,15 @@ def unit_tests(build):
     return times
 
 
-def unit_failures(build, times):
+def unit_failures(build, times, first=False, hang=4):
     """Names of the unit tests that fail, each run on its own so that a crash
-    or a hang (four times its usual time and 20 s more) counts against it alone."""
+    or a hang (`hang` times its usual time and 20 s more) counts against it alone."""
     exe = os.path.join(build, "tests", "unit", "unit_tests")
     caught = []
-    for name, t in times.items():
-        rc, out = run([exe, "--gtest_color=no", "--gtest_filter=" + name], build, 4 * t + 20)
+    for name, t in (sorted(times.items(), key=lambda i: i[1]) if first else times.items()):
+        if first and caught:
+            break
+        rc, out = run([exe, "--gtest_color=no", "--gtest_filter=" + name], build, hang * t + 20)
         if rc == "timeout":
             caught.append(name + "(hang)")
         elif rc != 0:
@@ -116,7 +122,7 @@ def e2e_failures(src, build, names):
     return caught
 
 
-def try_fault(f, src, build, times, check, e2e):
+def try_fault(f, src, build, times, check, e2e, first=False, hang=4):
     path = os.path.join(src, f["file"])
     if not os.path.isfile(path):
         return "bad", "no such file"
@@ -133,7 +139,9 @@ def try_fault(f, src, build, times, check, e2e):
             return "bad", "does not build: " + " / ".join(errs)
         if check:
             return "builds", ""
-        caught = unit_failures(build, times)
+        caught = unit_failures(build, times, first, hang)
+        if first and caught:
+            return "caught", " ".join(caught)
         rc, _ = run(["sh", os.path.join(src, "tests", "e2e", "ordtool_tables.sh"),
                      os.path.join(build, "ordtool")], build, 600)
         if rc != 0:
@@ -153,6 +161,8 @@ def main():
     ap.add_argument("--jobs", type=int, default=1)
     ap.add_argument("--check", action="store_true")
     ap.add_argument("--no-e2e", action="store_true")
+    ap.add_argument("--first", action="store_true")
+    ap.add_argument("--hang", type=float, default=4)
     ap.add_argument("--out")
     ap.add_argument("--before")
     ap.add_argument("select", nargs="*")
@@ -182,7 +192,7 @@ def main():
                 if not todo:
                     return
                 f = todo.pop(0)
-            status, detail = try_fault(f, src, build, times, a.check, not a.no_e2e)
+            status, detail = try_fault(f, src, build, times, a.check, not a.no_e2e, a.first, a.hang)
             line = f"{f['id']}\t{status}\t{detail}"
             with lock:
                 results[f["id"]] = line
