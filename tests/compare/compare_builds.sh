@@ -19,13 +19,9 @@ build_tree() {
     local tree=$1 out=$2
     cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORDLINE_GRAPHICS=OFF >/dev/null &&
         cmake --build "$out" -j "$(nproc)" --target ordtool ordcore >/dev/null || return 1
-    # the view setup of ordtool, with what it needs where the tree has it
-    local f sources=()
-    for f in ordtool_view.cpp ordtool_decimal.cpp ordtool_args.cpp; do
-        [ -e "$tree/tools/ordtool/$f" ] && sources+=("$tree/tools/ordtool/$f")
-    done
+    # with the view setup of ordtool
     g++ -std=c++20 -O2 -I"$tree/src" -I"$tree" "$root/tests/compare/view_dump.cpp" \
-        "${sources[@]}" "$out/libordcore.a" -lm -o "$out/view_dump"
+        "$tree"/tools/ordtool/ordtool_{view,args}.cpp "$out/libordcore.a" -lm -o "$out/view_dump"
 }
 
 git -C "$root" worktree add --detach "$work/old" "$rev" >/dev/null 2>&1 || { echo "cannot check out $rev" >&2; exit 2; }

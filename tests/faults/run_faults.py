@@ -7,14 +7,12 @@ run it before and after, then --before compares the two records.
   run_faults.py [--tree DIR] [--work DIR] [--jobs N] [--check] [--no-e2e]
                 [--first] [--hang N] [--out FILE] [--before FILE] [ID|PREFIX|AREA ...]
 
---tree is the tree under test (default: the one holding this script).
-
---check only applies and builds each fault (a fault must build with -Werror).
---first stops at the first test that catches a fault, quickest tests first:
-enough to show a fault is caught, where the full list takes long (faults
-of the ordinal core make many tests hang). --hang N: a test (ordtool_tables
-too) hangs past N times its usual time and 20 s more (default 4).
-The end-to-end scripts need DISPLAY (an X server such as Xvfb).
+--tree is the tree under test (default: the one holding this script). --check
+only applies and builds each fault (a fault must build with -Werror). --first
+stops at the first test that catches a fault, quickest first: faults of the
+ordinal core make many tests hang, and the full list takes long. --hang N: a
+test hangs past N times its usual time and 20 s more (default 4). The
+end-to-end scripts need DISPLAY (an X server such as Xvfb).
 
 A fault: "[ID] AREA | FILE | E2E SCRIPTS | WHY", then "- " lines (joined by
 newlines: text that occurs exactly once in FILE) and "+ " lines (what replaces
@@ -34,8 +32,6 @@ def parse_faults():
                 cur = dict(id=m[1], area=m[2], file=m[3], e2e=m[4].split(), find=[], put=[],
                            why=(m[5] or "").strip())
                 faults.append(cur)
-            elif cur and line.startswith("why:"):
-                cur["why"] = line[4:].strip()
             elif cur and line[:1] in ("-", "+") and (len(line) == 1 or line[1] == " "):
                 cur["find" if line[0] == "-" else "put"].append(line[2:])
             elif line.strip() and not line.startswith("#"):
