@@ -29,8 +29,7 @@ def parse_faults():
         for n, line in enumerate(open(path, encoding="utf-8").read().split("\n"), 1):
             m = re.match(r"^\[([\w-]+)\]\s*(\S+)\s*\|\s*(\S+)\s*\|([^|]*)(?:\|(.*))?$", line)
             if m:
-                cur = dict(id=m[1], area=m[2], file=m[3], e2e=m[4].split(), find=[], put=[],
-                           why=(m[5] or "").strip())
+                cur = dict(id=m[1], area=m[2], file=m[3], e2e=m[4].split(), find=[], put=[])
                 faults.append(cur)
             elif cur and line[:1] in ("-", "+") and (len(line) == 1 or line[1] == " "):
                 cur["find" if line[0] == "-" else "put"].append(line[2:])
@@ -77,20 +76,23 @@ def prepare(tree, work):
     return src, build
 
 
-def unit_tests(build):
-    """The unit tests by name with their time on the tree as it is, in seconds."""
+def ordtool_tables(src, build, timeout):
+    return run(["sh", os.path.join(src, "tests", "e2e", "ordtool_tables.sh"),
+                os.path.join(build, "ordtool")], build, timeout)
+
+
+def usual_times(src, build):
+    """The seconds each unit test (by name) and ordtool_tables take on the tree as it is."""
     exe = os.path.join(build, "tests", "unit", "unit_tests")
     rc, out = run([exe, "--gtest_color=no"], build, 900)
     times = {m[1]: int(m[2]) / 1000 for m in re.finditer(r"^\[ +OK \] (\S+) \((\d+) ms\)", out, re.M)}
     if rc != 0 or not times:
         sys.exit(f"the unit tests fail on the tree as it is:\n{out[-3000:]}")
     start = time.monotonic()
-    rc, out = run(["sh", os.path.join(build, "..", "src", "tests", "e2e", "ordtool_tables.sh"),
-                   os.path.join(build, "ordtool")], build, 600)
+    rc, out = ordtool_tables(src, build, 600)
     if rc != 0:
         sys.exit(f"ordtool_tables fails on the tree as it is:\n{out[-3000:]}")
-    times["ordtool_tables"] = time.monotonic() - start
-    return times
+    return times, time.monotonic() - start
 
 
 def unit_failures(build, times, first=False, hang=4):
@@ -98,8 +100,7 @@ def unit_failures(build, times, first=False, hang=4):
     or a hang (`hang` times its usual time and 20 s more) counts against it alone."""
     exe = os.path.join(build, "tests", "unit", "unit_tests")
     caught = []
-    tests = {n: t for n, t in times.items() if n != "ordtool_tables"}
-    for name, t in (sorted(tests.items(), key=lambda i: i[1]) if first else tests.items()):
+    for name, t in (sorted(times.items(), key=lambda i: i[1]) if first else times.items()):
         if first and caught:
             break
         rc, out = run([exe, "--gtest_color=no", "--gtest_filter=" + name], build, hang * t + 20)
@@ -129,7 +130,7 @@ def e2e_failures(src, build, names):
     return caught
 
 
-def try_fault(f, src, build, times, check, e2e, first=False, hang=4):
+def try_fault(f, src, build, times, tables_time, check, e2e, first=False, hang=4):
     path = os.path.join(src, f["file"])
     if not os.path.isfile(path):
         return "bad", "no such file"
@@ -149,8 +150,7 @@ def try_fault(f, src, build, times, check, e2e, first=False, hang=4):
         caught = unit_failures(build, times, first, hang)
         if first and caught:
             return "caught", " ".join(caught)
-        rc, _ = run(["sh", os.path.join(src, "tests", "e2e", "ordtool_tables.sh"),
-                     os.path.join(build, "ordtool")], build, hang * times["ordtool_tables"] + 20)
+        rc, _ = ordtool_tables(src, build, hang * tables_time + 20)
         if rc != 0:
             caught.append("ordtool_tables" + ("(hang)" if rc == "timeout" else ""))
         if f["e2e"] and e2e:
@@ -190,7 +190,7 @@ def main():
     def worker(k):
         try:
             src, build = prepare(os.path.abspath(a.tree), os.path.join(a.work, f"s{k}"))
-            times = {} if a.check else unit_tests(build)
+            times, tables_time = ({}, 0) if a.check else usual_times(src, build)
         except SystemExit as e:
             print(e, flush=True)
             return
@@ -199,7 +199,8 @@ def main():
                 if not todo:
                     return
                 f = todo.pop(0)
-            status, detail = try_fault(f, src, build, times, a.check, not a.no_e2e, a.first, a.hang)
+            status, detail = try_fault(f, src, build, times, tables_time, a.check, not a.no_e2e,
+                                       a.first, a.hang)
             line = f"{f['id']}\t{status}\t{detail}"
             with lock:
                 results[f["id"]] = line

@@ -1,4 +1,5 @@
-// Input state: key indices, the pump's edges, the button bits and the wheel.
+// Input state: the key array's bound, the pump's edges for keys and buttons,
+// captured keys and the wheel.
 #include <gtest/gtest.h>
 
 #include <algorithm>
