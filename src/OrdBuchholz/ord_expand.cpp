@@ -276,7 +276,10 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
         bool finite = z.count == 1 && OrdTerm_isfinite(&z.terms[0]);
         SourceSearch search = {z, finite ? z.terms[0].coef : UINT32_MAX};
         bool found = false;
-        RopeLen from = rope_find_last_pruned(above, may_hold_source, frame_is_source, &search, &found);
+        // neighbouring ordinals share most of their chains: the search
+        // remembers what it found in each part, by the bottom frame
+        RopeLen from = rope_find_last_kept(above, may_hold_source, frame_is_source, &search, rope_last_frame(R),
+                                           &found);
         from = found ? index_add(from, one) : RopeLen_small(0);
         RopeNode *tmpl = split_multiples(rope_drop(above, from), R, from, &r.keep);
         Ord head = Ord_term(1, p, Ord_zero());

@@ -1003,13 +1003,60 @@ static void visit_push(DynArray *stack, const RopeNode *n, RopeLen offset, bool 
     DynArray_append(stack, &v);
 }
 
-RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+// What searches of one kind found in a node: a cache of fixed size, one entry
+// per slot, a newer entry taking the slot of an older one.
+struct SearchMemo {
+    const RopeNode *node;
+    uint64_t tag;      // the search: its key frame and its keep function
+    uint64_t clears;   // rope_clears when made
+    uint64_t rewinds;  // rope_rewinds when made, where a temporary node or key is in it; else 0
+    uint64_t offset;   // where the last frame kept is, from the node's start
+    uint8_t state;     // SEARCH_NONE or SEARCH_AT
+};
+
+enum : uint8_t { SEARCH_EMPTY = 0, SEARCH_NONE = 1, SEARCH_AT = 2 };
+constexpr uint32_t SEARCH_MEMO_SLOTS = 1u << 16;
+static SearchMemo *search_memo = nullptr;
+
+struct SearchKey {
+    uint64_t tag;
+    bool temporary;  // the key frame is temporary
+};
+
+static SearchMemo *memo_slot(SearchKey key, const RopeNode *n)
 {
-    return rope_find_last_pruned(n, nullptr, keep, ctx, found);
+    if (!search_memo) {
+        search_memo = (SearchMemo *)calloc(SEARCH_MEMO_SLOTS, sizeof(SearchMemo));
+        if (!search_memo)
+            REPORT(REPORT_FATAL, "Out of memory for the rope search memo", 0);
+    }
+    return &search_memo[mix(key.tag, (uint64_t)(uintptr_t)n) & (SEARCH_MEMO_SLOTS - 1)];
 }
 
-RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
-                              bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+// The entry of n for this search, or null when none is held.
+static const SearchMemo *memo_find(SearchKey key, const RopeNode *n)
+{
+    SearchMemo *m = memo_slot(key, n);
+    if (m->state == SEARCH_EMPTY || m->node != n || m->tag != key.tag || m->clears != rope_clears)
+        return nullptr;
+    if ((n->temporary || key.temporary) && m->rewinds != rope_rewinds)
+        return nullptr;
+    return m;
+}
+
+static void memo_keep(SearchKey key, const RopeNode *n, uint8_t state, RopeLen offset)
+{
+    bool fits = true;
+    uint64_t at = RopeLen_tou64(offset, &fits);
+    if (!fits)
+        return;
+    SearchMemo *m = memo_slot(key, n);
+    *m = SearchMemo{n, key.tag, rope_clears, (n->temporary || key.temporary) ? rope_rewinds : 0, at, state};
+}
+
+// The search, with a memo when key is given.
+static RopeLen find_last(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                         bool (*keep)(uint32_t frame, void *ctx), void *ctx, const SearchKey *key, bool *found)
 {
     *found = false;
     RopeLen result = RopeLen_small(0);
@@ -1023,22 +1070,27 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
     visit_push(&stack, n, result, false);
     while (stack.count) {
         RopeVisit v = *DynArray_at<RopeVisit>(&stack, --stack.count);
-        void *key = (void *)v.node;
+        void *key_node = (void *)v.node;
         if (v.children_done) {
-            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+            table_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
+            if (key)
+                memo_keep(*key, v.node, SEARCH_NONE, RopeLen_small(0));
             continue;
         }
-        if (table_find(&failed, pointer_hash_of(key), same_pointer, key))
+        if (table_find(&failed, pointer_hash_of(key_node), same_pointer, key_node))
             continue;
         if (may_hold && !may_hold(v.node, ctx))
             continue;
+        const SearchMemo *m = key ? memo_find(*key, v.node) : nullptr;
+        if (m && m->state == SEARCH_NONE)
+            continue;
+        if (m || (v.node->kind == ROPE_LEAF && keep(v.node->frame, ctx))) {
+            *found = true;
+            result = m ? len_add(v.offset, RopeLen_small(m->offset)) : v.offset;
+            break;
+        }
         if (v.node->kind == ROPE_LEAF) {
-            if (keep(v.node->frame, ctx)) {
-                *found = true;
-                result = v.offset;
-                break;
-            }
-            table_add(&failed, key, pointer_hash_of(key), pointer_hash_of, &table_bytes);
+            table_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
         } else if (v.node->kind == ROPE_CONCAT) {
             // pushed left first, so the right part is searched first
             visit_push(&stack, v.node, v.offset, true);
@@ -1050,7 +1102,32 @@ RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode
             visit_push(&stack, v.node->a, len_add(v.offset, len_mul(v.node->a->len, v.node->k - 1)), false);
         }
     }
+    // the nodes still open on the stack are the ones the frame found lies in
+    for (uint32_t i = 0; key && *found && i < stack.count; i++) {
+        const RopeVisit *v = DynArray_at<RopeVisit>(&stack, i);
+        if (v->children_done)
+            memo_keep(*key, v->node, SEARCH_AT, RopeLen_sub(result, v->offset));
+    }
     DynArray_free(&stack);
     table_free(&failed);
     return result;
+}
+
+RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+{
+    return find_last(n, nullptr, keep, ctx, nullptr, found);
+}
+
+RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                              bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found)
+{
+    return find_last(n, may_hold, keep, ctx, nullptr, found);
+}
+
+RopeLen rope_find_last_kept(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                            bool (*keep)(uint32_t frame, void *ctx), void *ctx, uint32_t key_frame,
+                            bool *found)
+{
+    SearchKey key = {mix(key_frame, (uint64_t)(uintptr_t)keep), (key_frame & ROPE_TEMPORARY_FRAME) != 0};
+    return find_last(n, may_hold, keep, ctx, &key, found);
 }

@@ -189,6 +189,16 @@ RopeLen rope_find_last(const RopeNode *n, bool (*keep)(uint32_t frame, void *ctx
 RopeLen rope_find_last_pruned(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
                               bool (*keep)(uint32_t frame, void *ctx), void *ctx, bool *found);
 
+// The same, remembering across calls where the last frame kept is in each
+// node searched, so that a rope made by joins and cuts of ropes searched
+// before costs a visit per new node. `key` names the search: may_hold and
+// keep must answer by the node or frame and what key stands for alone, and
+// key must stand for the same thing as long as the frame `key_frame` is held
+// (pass the frame whose content the search is about).
+RopeLen rope_find_last_kept(const RopeNode *n, bool (*may_hold)(const RopeNode *n, void *ctx),
+                            bool (*keep)(uint32_t frame, void *ctx), void *ctx, uint32_t key_frame,
+                            bool *found);
+
 // ---- the stores ----
 
 // Times the temporary store and the whole store were emptied, so that what
