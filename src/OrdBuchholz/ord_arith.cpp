@@ -244,7 +244,10 @@ Ord Ord_add(Ord x, Ord y)
 
 bool Ord_issuccessor(Ord x)
 {
-    x = Ord_force(x);
+    // a compressed value is a chain of two levels or more: its top level ends
+    // in the term the chain goes on from, which is not a number
+    if (Ord_islazy(x))
+        return false;
     return x.count != 0 && OrdTerm_isfinite(Ord_lastterm(x));
 }
 

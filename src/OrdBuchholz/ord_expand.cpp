@@ -264,10 +264,12 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
         REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
     heads[0] = rope_prepend_terms(front, nullptr);
     if (bottom->hole == ROPE_ARG) {
-        // successor argument: 0, psi_a(p), psi_a(p).2, ...
+        // successor argument: 0, psi_a(p), psi_a(p).2, ...; the front,
+        // often long, hashed once for all of them
+        RopeTermsHash front_hash = rope_terms_hash(front);
         for (int32_t i = 1; i < n; i++) {
             Ord t = Ord_term((uint32_t)i, bt->sub, p);
-            heads[i] = rope_prepend_terms(front, Ord_rope(t));
+            heads[i] = rope_prepend_hashed(front, &front_hash, Ord_rope(t));
             Ord_freearray(t);
         }
     } else {

@@ -283,6 +283,12 @@ Ord Ord_force(Ord x)
 
 RopeNode *rope_prepend_terms(Ord head, RopeNode *y)
 {
+    RopeTermsHash head_hash = rope_terms_hash(head);
+    return rope_prepend_hashed(head, &head_hash, y);
+}
+
+RopeNode *rope_prepend_hashed(Ord head, const RopeTermsHash *head_hash, RopeNode *y)
+{
     if (head.count == 0)
         return y;
     if (!y)
@@ -293,7 +299,7 @@ RopeNode *rope_prepend_terms(Ord head, RopeNode *y)
     OrdTerm *level = scratch_room(n);
     memcpy(level, head.terms, (size_t)head.count * sizeof(OrdTerm));
     memcpy(level + head.count, f->level.terms, (size_t)f->level.count * sizeof(OrdTerm));
-    uint32_t id = rope_frame(Ord{n, level}, f->hole);
+    uint32_t id = rope_frame_after(Ord{n, level}, f->hole, head_hash);
     return rope_concat(rope_leaf(id), rope_drop(y, RopeLen_small(1)));
 }
 

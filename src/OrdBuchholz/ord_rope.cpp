@@ -358,9 +358,38 @@ static RopeFrameRec *frame_record(uint32_t id)
     return *DynArray_at<RopeFrameRec *>(&s->frames, index);
 }
 
+// The letters' chains of hashes taken on over n more terms.
+static void terms_hash_on(RopeTermsHash *r, const OrdTerm *terms, uint32_t n)
+{
+    for (int32_t m = 0; m < 2; m++) {
+        uint64_t h = r->h[m];
+        for (uint32_t i = 0; i < n; i++) {
+            const OrdTerm *t = &terms[i];
+            h = mix(h, t->coef);
+            h = mix(h, (uint64_t)(uintptr_t)t->sub.terms ^ (uint64_t)t->sub.count << 48);
+            h = mix(h, (uint64_t)(uintptr_t)t->arg.terms ^ (uint64_t)t->arg.count << 48);
+        }
+        r->h[m] = h;
+    }
+    r->count += n;
+}
+
+RopeTermsHash rope_terms_hash(Ord terms)
+{
+    RopeTermsHash r = {{LETTER_SEED[0], LETTER_SEED[1]}, 0};
+    terms_hash_on(&r, terms.terms, terms.count);
+    return r;
+}
+
 uint32_t rope_frame(Ord level, uint8_t hole)
 {
-    bool shape = level.count >= 1 && hole <= ROPE_SUB;
+    RopeTermsHash none = rope_terms_hash(Ord_zero());
+    return rope_frame_after(level, hole, &none);
+}
+
+uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
+{
+    bool shape = level.count >= 1 && hole <= ROPE_SUB && front->count <= level.count;
     if (shape) {
         const OrdTerm *last = Ord_lastterm(level);
         shape = hole == ROPE_ARG ? last->arg.count == 0 : OrdTerm_isfinite(last);
@@ -369,17 +398,12 @@ uint32_t rope_frame(Ord level, uint8_t hole)
         REPORT(REPORT_FATAL, "A rope frame whose followed field is not blank", 0);
 
     // the letters mix the content, so equal content spells equal letters in
-    // either store
+    // either store: the terms in order, then the hole and the count
+    RopeTermsHash chains = *front;
+    terms_hash_on(&chains, level.terms + front->count, level.count - front->count);
     RopeFrameRec key = {RopeFrame{level, hole}, {0, 0}, 0};
     for (int32_t m = 0; m < 2; m++) {
-        uint64_t h = mix(LETTER_SEED[m], (uint64_t)hole << 32 | level.count);
-        for (uint32_t i = 0; i < level.count; i++) {
-            const OrdTerm *t = &level.terms[i];
-            h = mix(h, t->coef);
-            h = mix(h, (uint64_t)(uintptr_t)t->sub.terms ^ (uint64_t)t->sub.count << 48);
-            h = mix(h, (uint64_t)(uintptr_t)t->arg.terms ^ (uint64_t)t->arg.count << 48);
-        }
-        uint64_t letter = mod_reduce(h);
+        uint64_t letter = mod_reduce(mix(chains.h[m], (uint64_t)hole << 32 | level.count));
         key.letter[m] = letter ? letter : 1;
     }
 

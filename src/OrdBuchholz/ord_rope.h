@@ -106,6 +106,17 @@ struct RopeFrame {
 // an id of its own; the two spell the same letter in every hash, so ropes
 // compare equal across them.
 uint32_t rope_frame(Ord level, uint8_t hole);
+// The hash chains of a frame's letters over its first terms: frames that
+// share their first terms (members of one expansion, all with the same front)
+// hash them once.
+struct RopeTermsHash {
+    uint64_t h[2];
+    uint32_t count;  // terms hashed
+};
+RopeTermsHash rope_terms_hash(Ord terms);
+// rope_frame where `front` is rope_terms_hash of the first front->count terms
+// of level (the caller's duty: a front of other terms gives a wrong letter).
+uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front);
 // The frame of an id, or null for 0 and for ids not (or no longer) held.
 // Valid as long as the frame's store keeps it.
 const RopeFrame *rope_frame_get(uint32_t id);

@@ -8,6 +8,17 @@
 
 #include "support/report/report.h"
 
+// Deep in a zoom every frame makes tens of thousands of combinations of
+// positions hundreds of limbs long. The limb loops run several limbs at a
+// time where the processor has the wide integer instructions: a second copy
+// of the two hot functions is built for them and picked at load time. The
+// arithmetic is the same integer arithmetic either way.
+#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+#define BIGNUM_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define BIGNUM_CLONES
+#endif
+
 static Bignum bignum_alloc(uint32_t n)
 {
     Bignum r;
@@ -81,7 +92,7 @@ constexpr uint32_t CARRY_OFFSET = 1000000000u;  // a multiple of the base
 // Carries acc[0..m-1] out (signed sums at each limb, the top without its
 // excess; acc has room for m + 1) and returns the number in normal form.
 // `bounded`: every sum lies within +-CARRY_OFFSET.
-static Bignum lincomb_finish(int32_t *acc, uint32_t m, bool bounded)
+BIGNUM_CLONES static Bignum lincomb_finish(int32_t *acc, uint32_t m, bool bounded)
 {
     if (bounded && m > 1) {
         // each limb's own carry, at every limb at once (no limb waits for
@@ -218,7 +229,7 @@ static bool lincomb_shortcut(Bignum X, Bignum Y, int32_t ia, int32_t fa, int32_t
     return add_low(Y, low, touched, out);
 }
 
-Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
+BIGNUM_CLONES Bignum Bignum_lincomb(Bignum X, Bignum Y, double a, double b)
 {
     int32_t ia, fa, ib, fb;
     quantise_weight(a, &ia, &fa);
