@@ -44,11 +44,21 @@ void navigation_depth_keys()
         segment_depth_limit += 1;
 }
 
+// The part of a pixel the arrows moved but the last frame could not show:
+// at hundreds of frames a second a frame's share is a pixel or less, and
+// dropping it would slow the pan with every gain in frame rate.
+static double pan_carry = 0.0;
+
 int32_t navigation_pan_pixels(double frame_dt, int32_t drag_dx)
 {
     double dt = frame_dt < 0.2 ? frame_dt : 0.2;
     double arrows = (double)key_down[KEY_RIGHT] - (double)key_down[KEY_LEFT];
-    return (int32_t)(arrows * dt * screen_w + drag_dx);
+    if (arrows == 0)
+        pan_carry = 0.0;
+    double move = arrows * dt * screen_w + pan_carry + drag_dx;
+    int32_t whole = (int32_t)move;
+    pan_carry = arrows != 0 ? move - whole : 0.0;
+    return whole;
 }
 
 void view_home(Bignum *view_lo, Bignum *view_hi, double min_line_length)

@@ -19,7 +19,8 @@ double navigation_key_zoom(double frame_dt, double zoom_speed, double *zoom_step
 // then raises it, on key edges.
 void navigation_depth_keys();
 // How far the line moves left this frame: arrows at one window width per
-// second (frame time clamped to 0.2 s) plus the mouse drag.
+// second (frame time clamped to 0.2 s) plus the mouse drag, in whole pixels;
+// what is left of a pixel while an arrow is held goes to the next frame.
 int32_t navigation_pan_pixels(double frame_dt, int32_t drag_dx);
 // The first view: the line centred over the middle eight tenths of screen_w,
 // and min_line_length set to that length. The caller owns both numbers.

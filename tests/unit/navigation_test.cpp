@@ -77,6 +77,12 @@ TEST(Navigation, KeysGiveZoomAndPan)
         EXPECT_DOUBLE_EQ(got_step, step);
         EXPECT_EQ(navigation_pan_pixels(frame_dt, drag_dx), pan);
     }
+    // at 4096 frames a second an arrow still moves a width a second
+    press_only({KEY_LEFT});
+    int32_t moved = 0;
+    for (int32_t i = 0; i < 4096; i++)
+        moved += navigation_pan_pixels(1.0 / 4096, 0);
+    EXPECT_EQ(moved, -1000);
     reset_globals();
 }
 
