@@ -262,14 +262,14 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     RopeNode **heads = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
     if (!heads)
         REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
-    heads[0] = rope_prepend_terms(front, nullptr);
+    // the front, often long, is put before every member: hashed once
+    RopeTermsHash front_hash = rope_terms_hash(front);
+    heads[0] = rope_prepend_terms(front, &front_hash, nullptr);
     if (bottom->hole == ROPE_ARG) {
-        // successor argument: 0, psi_a(p), psi_a(p).2, ...; the front,
-        // often long, hashed once for all of them
-        RopeTermsHash front_hash = rope_terms_hash(front);
+        // successor argument: 0, psi_a(p), psi_a(p).2, ...
         for (int32_t i = 1; i < n; i++) {
             Ord t = Ord_term((uint32_t)i, bt->sub, p);
-            heads[i] = rope_prepend_hashed(front, &front_hash, Ord_rope(t));
+            heads[i] = rope_prepend_terms(front, &front_hash, Ord_rope(t));
             Ord_freearray(t);
         }
     } else {
@@ -289,7 +289,7 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
         Ord_freearray(head);
         // member i is psi_p of the template around member i - 1: psi_p, then
         // i - 1 times the template and psi_p, then the template around member 0
-        RopeNode *lead = rope_prepend_terms(front, psi);
+        RopeNode *lead = rope_prepend_terms(front, &front_hash, psi);
         RopeNode *first = rope_wrap(tmpl, heads[0]);
         if (first) {
             RopeNode *step = rope_concat(tmpl, lead);
@@ -298,8 +298,8 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
         } else {
             RopeNode *m = nullptr;
             for (int32_t i = 1; i < n; i++) {
-                m = rope_wrap(psi, rope_wrap(tmpl, rope_prepend_terms(front, m)));
-                heads[i] = rope_prepend_terms(front, m);
+                m = rope_wrap(psi, rope_wrap(tmpl, rope_prepend_terms(front, &front_hash, m)));
+                heads[i] = rope_prepend_terms(front, &front_hash, m);
             }
         }
     }

@@ -281,13 +281,7 @@ Ord Ord_force(Ord x)
     return Ord{f->level.count, terms};
 }
 
-RopeNode *rope_prepend_terms(Ord head, RopeNode *y)
-{
-    RopeTermsHash head_hash = rope_terms_hash(head);
-    return rope_prepend_hashed(head, &head_hash, y);
-}
-
-RopeNode *rope_prepend_hashed(Ord head, const RopeTermsHash *head_hash, RopeNode *y)
+RopeNode *rope_prepend_terms(Ord head, const RopeTermsHash *head_hash, RopeNode *y)
 {
     if (head.count == 0)
         return y;

@@ -43,10 +43,10 @@ RopeNode *Ord_rope(Ord x);
 RopeNode *rope_rest(RopeNode *r, RopeLen at);
 
 // The rope of the term array `head` followed by the terms of y, concatenated
-// with no absorption; y is a rope (null for 0), head a term array (0 for none).
-RopeNode *rope_prepend_terms(Ord head, RopeNode *y);
-// The same with head's hash chains (rope_terms_hash(head)) made beforehand.
-RopeNode *rope_prepend_hashed(Ord head, const RopeTermsHash *head_hash, RopeNode *y);
+// with no absorption; y is a rope (null for 0), head a term array (0 for none)
+// and head_hash its rope_terms_hash, made once by a caller that puts the same
+// head before many ropes.
+RopeNode *rope_prepend_terms(Ord head, const RopeTermsHash *head_hash, RopeNode *y);
 // The frames of `above` (each one that follows a field) wrapped around y:
 // their last frame's blank field takes y, or stays 0 when y is null, and the
 // chain is then read on from what that frame holds.
