@@ -317,6 +317,31 @@ void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m)
     e->skip = m;
 }
 
+void expansion_cache_collect()
+{
+    cache_start();
+    cache_check_ropes();
+    ord_lazy_collect_start();
+    ord_lazy_keep(cache_top);
+    for (uint32_t i = 0; i < cache_entries.count; i++) {
+        const CacheEntry *e = entry_at(i);
+        if (!e->live)
+            continue;
+        ord_lazy_keep(e->key);
+        // the members are among the parts' members
+        for (uint32_t j = 0; j < e->parts.count; j++) {
+            const OrdExpansion *part = DynArray_at<OrdExpansion>(&e->parts, j);
+            for (int32_t k = 0; k < part->n; k++)
+                ord_lazy_keep(part->seq[k]);
+            for (uint32_t k = 0; k < part->keep.count; k++)
+                ord_lazy_keep(*DynArray_at<Ord>(&part->keep, k));
+        }
+    }
+    ord_lazy_collect_finish();
+    // the entries' ropes stayed where they were
+    cache_rope_clears = rope_clears;
+}
+
 void expansion_cache_frame()
 {
     cache_start();
@@ -335,12 +360,17 @@ void expansion_cache_frame()
     cache_shrink(cache_frame, expansion_cache_budget);
     // what was forced last frame is made again as it is read
     ord_lazy_trim();
-    // the rope store is dropped whole, since its ropes share one another
-    // without counts: everything kept goes with it and is built again
+    // past its budget the rope store keeps only what the entries use; when
+    // that is still over three quarters of it, collecting again would soon
+    // cost more than starting afresh: the store is dropped whole and
+    // everything kept goes with it, to be built again
     cache_check_ropes();
     if (rope_store_bytes() + ord_lazy_bytes > ROPE_STORE_BUDGET) {
-        cache_evict_all();
-        ord_lazy_clear();
-        cache_rope_clears = rope_clears;
+        expansion_cache_collect();
+        if (rope_store_bytes() + ord_lazy_bytes > ROPE_STORE_BUDGET * 3 / 4) {
+            cache_evict_all();
+            ord_lazy_clear();
+            cache_rope_clears = rope_clears;
+        }
     }
 }

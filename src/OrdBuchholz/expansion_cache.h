@@ -52,7 +52,8 @@ extern uint64_t expansion_cache_budget;
 extern uint64_t expansion_cache_bytes;
 
 // Bytes the rope store (OrdBuchholz/ord_lazy.h) may hold between frames;
-// past it, the store and every entry go at the next frame.
+// past it, the next frame frees what no entry uses, and drops the store and
+// every entry when what they use is most of it.
 constexpr uint64_t ROPE_STORE_BUDGET = 64ull << 20;
 
 // The top of the line, psi_0(I), built on the heap on first use and never
@@ -77,3 +78,6 @@ void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m);
 
 // A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.
 void expansion_cache_frame();
+// Frees what the rope store holds that no entry uses; expansion_cache_frame
+// calls it when the store passes its budget. Not during a walk.
+void expansion_cache_collect();

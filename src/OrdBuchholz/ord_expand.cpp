@@ -305,7 +305,8 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     }
     RopeNode *frames = split_multiples(above, R, RopeLen_small(0), &r.keep);
     for (int32_t i = 0; i < n; i++) {
-        RopeNode *m = rope_wrap(frames, heads[i]);
+        // the members share frames: one node each on top of it
+        RopeNode *m = frames && heads[i] ? rope_concat_top(frames, heads[i]) : rope_wrap(frames, heads[i]);
         // a member of one frame is a term array of the store's: the
         // expansion owns a copy, as it owns every member's top array
         r.seq[i] = m ? Ord_fromrope(m) : Ord_zero();

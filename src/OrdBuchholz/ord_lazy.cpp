@@ -345,3 +345,64 @@ void ord_lazy_clear()
     rope_store_clear();
     forced_check();
 }
+
+// ---- collection ----
+
+static DynArray collect_work;  // of Ord: values still to mark
+static OrdMap collect_seen;    // term arrays marked, by identity
+static bool collect_ready = false;
+
+// What a frame's level holds is in use: the sub and arg of every term.
+static void keep_level(const RopeFrame *f, void *)
+{
+    for (uint32_t i = 0; i < f->level.count; i++) {
+        DynArray_append(&collect_work, &f->level.terms[i].sub);
+        DynArray_append(&collect_work, &f->level.terms[i].arg);
+    }
+}
+
+void ord_lazy_collect_start()
+{
+    if (!collect_ready) {
+        DynArray_init(&collect_work, sizeof(Ord), 64);
+        collect_ready = true;
+    }
+    OrdMap_init(&collect_seen, 1024);
+    // places and forced arrays go: what they point at may go too
+    ord_lazy_trim();
+    rope_collect_start();
+}
+
+void ord_lazy_keep(Ord x)
+{
+    DynArray_append(&collect_work, &x);
+    while (collect_work.count) {
+        Ord y = *DynArray_at<Ord>(&collect_work, --collect_work.count);
+        if (y.count == 0)
+            continue;
+        if (y.count == ORD_LAZY) {
+            rope_mark((RopeNode *)(void *)y.terms, keep_level, nullptr);
+            continue;
+        }
+        // places go at every trim: nothing that lasts holds one
+        if (y.count == ORD_LAZY_PLACE)
+            continue;
+        bool added;
+        OrdMap_insert(&collect_seen, y, &added);
+        if (!added)
+            continue;
+        // a single-frame rope hands out its frame's level: that frame stays
+        rope_mark_level(y.terms, keep_level, nullptr);
+        for (uint32_t i = 0; i < y.count; i++) {
+            DynArray_append(&collect_work, &y.terms[i].sub);
+            DynArray_append(&collect_work, &y.terms[i].arg);
+        }
+    }
+}
+
+void ord_lazy_collect_finish()
+{
+    OrdMap_free(&collect_seen);
+    rope_collect_finish();
+    forced_check();
+}

@@ -63,3 +63,12 @@ void ord_lazy_trim();
 void ord_lazy_rewind();
 // Drops everything: no lazy value may be used afterwards.
 void ord_lazy_clear();
+
+// Drops what the rope store holds that no value handed to ord_lazy_keep
+// between the start and the finish uses, and everything that ord_lazy_clear
+// drops but the ropes: a value kept stays valid, with everything it holds.
+// Each value is gone through once per collection, its term arrays (by
+// identity) and ropes once each.
+void ord_lazy_collect_start();
+void ord_lazy_keep(Ord x);
+void ord_lazy_collect_finish();

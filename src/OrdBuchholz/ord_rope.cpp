@@ -31,6 +31,7 @@ struct RopeFrameRec {
     RopeFrame frame;     // level.terms points just past this record
     uint64_t letter[2];  // the frame's value in each hash, 1 .. p - 1
     uint32_t id;
+    uint8_t in_use;      // marked by the collection in progress
 };
 
 // An open-addressing table of pointers with linear probing; grows at three
@@ -50,6 +51,8 @@ struct RopeStore {
     DynArray frames;              // of RopeFrameRec*, by id without the store bit
     DynArray blocks;              // of RopeNode*, NODES_PER_BLOCK nodes each
     uint32_t block_used;          // nodes handed out of the last block
+    RopeNode *free_nodes;         // collected, linked by a; handed out first
+    DynArray free_ids;            // of uint32_t: frame ids collected, used again first
     uint64_t bytes;               // heap bytes held
     bool ready;                   // the arrays are initialised
     bool temporary;               // this is the temporary store
@@ -71,9 +74,9 @@ static_assert(sizeof(RopeNode) == 144, "RopeNode changed size");
 bool rope_too_long = false;
 
 // The store of heap mode; starts empty.
-static RopeStore rope_heap = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, false};
+static RopeStore rope_heap = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, nullptr, {}, 0, false, false};
 // The store of arena mode; starts empty and is emptied at every rewind.
-static RopeStore rope_temp = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, 0, false, true};
+static RopeStore rope_temp = {{nullptr, 0, 0}, {nullptr, 0, 0}, {}, {}, 0, nullptr, {}, 0, false, true};
 // Scratch of the joins and cuts (RopeNode*), kept between calls to spare the
 // heap; no call here is re-entered, so one of each is enough.
 static DynArray rope_spine;
@@ -250,7 +253,9 @@ static void store_ready(RopeStore *s)
         return;
     DynArray_init(&s->frames, sizeof(RopeFrameRec *), 64);
     DynArray_init(&s->blocks, sizeof(RopeNode *), 16);
+    DynArray_init(&s->free_ids, sizeof(uint32_t), 16);
     s->block_used = NODES_PER_BLOCK;
+    s->free_nodes = nullptr;
     s->bytes = 0;
     // persistent ids start at 1: 0 is never a frame
     if (!s->temporary) {
@@ -270,6 +275,8 @@ static void store_empty(RopeStore *s)
         free(*DynArray_at<RopeNode *>(&s->blocks, i));
     DynArray_free(&s->frames);
     DynArray_free(&s->blocks);
+    DynArray_free(&s->free_ids);
+    s->free_nodes = nullptr;
     table_free(&s->frames_by_content);
     table_free(&s->nodes_by_key);
     s->bytes = 0;
@@ -286,6 +293,13 @@ static RopeStore *store_now()
 
 static RopeNode *store_node(RopeStore *s)
 {
+    if (s->free_nodes) {
+        RopeNode *n = s->free_nodes;
+        s->free_nodes = n->a;
+        s->bytes += sizeof(RopeNode);
+        memset(n, 0, sizeof *n);
+        return n;
+    }
     if (s->block_used == NODES_PER_BLOCK) {
         size_t bytes = NODES_PER_BLOCK * sizeof(RopeNode);
         RopeNode *block = (RopeNode *)checked_malloc(bytes, "Out of memory for rope nodes");
@@ -401,7 +415,7 @@ uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
     // either store: the terms in order, then the hole and the count
     RopeTermsHash chains = *front;
     terms_hash_on(&chains, level.terms + front->count, level.count - front->count);
-    RopeFrameRec key = {RopeFrame{level, hole}, {0, 0}, 0};
+    RopeFrameRec key = {RopeFrame{level, hole}, {0, 0}, 0, 0};
     for (int32_t m = 0; m < 2; m++) {
         uint64_t letter = mod_reduce(mix(chains.h[m], (uint64_t)hole << 32 | level.count));
         key.letter[m] = letter ? letter : 1;
@@ -422,9 +436,15 @@ uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
     *rec = key;
     rec->frame.level.terms = (OrdTerm *)(rec + 1);
     memcpy(rec->frame.level.terms, level.terms, (size_t)level.count * sizeof(OrdTerm));
-    rec->id = s->frames.count | (s->temporary ? ROPE_TEMPORARY_FRAME : 0);
-    DynArray_append(&s->frames, &rec);
-    s->bytes += bytes + sizeof(RopeFrameRec *);
+    if (s->free_ids.count) {
+        rec->id = *DynArray_at<uint32_t>(&s->free_ids, --s->free_ids.count);
+        *DynArray_at<RopeFrameRec *>(&s->frames, rec->id) = rec;
+        s->bytes += bytes;
+    } else {
+        rec->id = s->frames.count | (s->temporary ? ROPE_TEMPORARY_FRAME : 0);
+        DynArray_append(&s->frames, &rec);
+        s->bytes += bytes + sizeof(RopeFrameRec *);
+    }
     table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
     return rec->id;
 }
@@ -709,6 +729,18 @@ RopeNode *rope_concat(RopeNode *a, RopeNode *b)
         return nullptr;
     }
     return join(a, b);
+}
+
+RopeNode *rope_concat_top(RopeNode *a, RopeNode *b)
+{
+    check_mode(a);
+    check_mode(b);
+    RopeLen len;
+    if (!RopeLen_add(&len, a->len, b->len)) {
+        rope_too_long = true;
+        return nullptr;
+    }
+    return make_concat(a, b);
 }
 
 RopeNode *rope_repeat(RopeNode *t, uint64_t k)
@@ -1154,4 +1186,159 @@ RopeLen rope_find_last_kept(const RopeNode *n, bool (*may_hold)(const RopeNode *
 {
     SearchKey key = {mix(key_frame, (uint64_t)(uintptr_t)keep), (key_frame & ROPE_TEMPORARY_FRAME) != 0};
     return find_last(n, may_hold, keep, ctx, &key, found);
+}
+
+// ---- collection ----
+
+// The level of a persistent frame as an address range, for the collection in
+// progress: a term array marked may lie inside one.
+struct LevelSpan {
+    const OrdTerm *start, *end;
+    RopeFrameRec *rec;
+};
+static DynArray collect_spans;  // of LevelSpan, by start
+static DynArray collect_stack;  // of RopeNode*: nodes still to mark
+static bool collect_ready = false;
+static uint32_t collect_nodes;  // persistent nodes marked
+
+static int span_order(const void *a, const void *b)
+{
+    const OrdTerm *x = ((const LevelSpan *)a)->start, *y = ((const LevelSpan *)b)->start;
+    return x < y ? -1 : x > y;
+}
+
+// Empties a table and gives it room for `expected` entries at half load, so
+// that adding them back never grows it.
+static void table_reset(RopeTable *t, uint32_t expected, uint64_t *bytes)
+{
+    *bytes -= (uint64_t)t->capacity * sizeof(uint64_t);
+    free(t->slots);
+    uint32_t capacity = TABLE_FIRST_CAPACITY;
+    while (capacity < 2 * expected)
+        capacity *= 2;
+    t->slots = (uint64_t *)calloc(capacity, sizeof(uint64_t));
+    if (!t->slots)
+        REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
+    t->capacity = capacity;
+    t->count = 0;
+    *bytes += (uint64_t)capacity * sizeof(uint64_t);
+}
+
+void rope_collect_start()
+{
+    if (!collect_ready) {
+        DynArray_init(&collect_spans, sizeof(LevelSpan), 64);
+        DynArray_init(&collect_stack, sizeof(RopeNode *), 64);
+        collect_ready = true;
+    }
+    collect_spans.count = 0;
+    collect_nodes = 0;
+    store_ready(&rope_heap);
+    for (uint32_t i = 1; i < rope_heap.frames.count; i++) {
+        RopeFrameRec *rec = *DynArray_at<RopeFrameRec *>(&rope_heap.frames, i);
+        if (!rec)
+            continue;
+        LevelSpan span = {rec->frame.level.terms, rec->frame.level.terms + rec->frame.level.count, rec};
+        DynArray_append(&collect_spans, &span);
+    }
+    qsort(collect_spans.data, collect_spans.count, sizeof(LevelSpan), span_order);
+}
+
+static void mark_frame(RopeFrameRec *rec, void (*on_frame)(const RopeFrame *f, void *ctx), void *ctx)
+{
+    if (rec->in_use)
+        return;
+    rec->in_use = 1;
+    on_frame(&rec->frame, ctx);
+}
+
+void rope_mark(const RopeNode *n, void (*on_frame)(const RopeFrame *f, void *ctx), void *ctx)
+{
+    if (!n)
+        return;
+    DynArray_append(&collect_stack, &n);
+    while (collect_stack.count) {
+        RopeNode *x = *DynArray_at<RopeNode *>(&collect_stack, --collect_stack.count);
+        // a temporary node goes with its store whatever holds it
+        if (x->temporary || x->in_use)
+            continue;
+        x->in_use = 1;
+        collect_nodes++;
+        if (x->kind == ROPE_LEAF) {
+            mark_frame(frame_record(x->frame), on_frame, ctx);
+            continue;
+        }
+        DynArray_append(&collect_stack, &x->a);
+        if (x->b)
+            DynArray_append(&collect_stack, &x->b);
+    }
+}
+
+void rope_mark_level(const OrdTerm *terms, void (*on_frame)(const RopeFrame *f, void *ctx), void *ctx)
+{
+    // the last span that starts at or before terms
+    uint32_t lo = 0, hi = collect_spans.count;
+    while (lo < hi) {
+        uint32_t mid = lo + (hi - lo) / 2;
+        if (DynArray_at<LevelSpan>(&collect_spans, mid)->start <= terms)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    if (lo == 0)
+        return;
+    LevelSpan *span = DynArray_at<LevelSpan>(&collect_spans, lo - 1);
+    if (terms < span->end)
+        mark_frame(span->rec, on_frame, ctx);
+}
+
+void rope_collect_finish()
+{
+    RopeStore *s = &rope_heap;
+    uint32_t kept = 0;
+    for (uint32_t i = 1; i < s->frames.count; i++) {
+        RopeFrameRec **slot = DynArray_at<RopeFrameRec *>(&s->frames, i);
+        RopeFrameRec *rec = *slot;
+        if (!rec)
+            continue;
+        if (rec->in_use) {
+            kept++;
+            continue;
+        }
+        s->bytes -= sizeof(RopeFrameRec) + (uint64_t)rec->frame.level.count * sizeof(OrdTerm);
+        free(rec);
+        *slot = nullptr;
+        DynArray_append(&s->free_ids, &i);
+    }
+    table_reset(&s->frames_by_content, kept, &s->bytes);
+    for (uint32_t i = 1; i < s->frames.count; i++) {
+        RopeFrameRec *rec = *DynArray_at<RopeFrameRec *>(&s->frames, i);
+        if (rec) {
+            rec->in_use = 0;
+            table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
+        }
+    }
+
+    table_reset(&s->nodes_by_key, collect_nodes, &s->bytes);
+    for (uint32_t b = 0; b < s->blocks.count; b++) {
+        RopeNode *block = *DynArray_at<RopeNode *>(&s->blocks, b);
+        uint32_t used = b + 1 == s->blocks.count ? s->block_used : NODES_PER_BLOCK;
+        for (uint32_t j = 0; j < used; j++) {
+            RopeNode *n = &block[j];
+            if (n->kind == 0)
+                continue;  // free already
+            if (n->in_use) {
+                n->in_use = 0;
+                table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
+                continue;
+            }
+            n->kind = 0;
+            n->a = s->free_nodes;
+            s->free_nodes = n;
+            s->bytes -= sizeof(RopeNode);
+        }
+    }
+    store_empty(&rope_temp);
+    rope_rewinds++;
+    rope_clears++;
 }

@@ -38,8 +38,9 @@
 // this is a bet, not a proof. Equal hashes are taken as equal sequences.
 //
 // Garbage. Nothing is freed one by one: the nodes that joins and cuts make on
-// the way stay in their store until it is emptied, so heap-mode work grows
-// the persistent store for good (see rope_store_bytes). A node is 144 bytes.
+// the way stay in their store until it is emptied or, for the persistent
+// store, collected (see the end of this file), so heap-mode work grows the
+// persistent store until then (see rope_store_bytes). A node is 144 bytes.
 //
 // Lifetimes. A frame shares the sub and arg of its last level with the caller:
 // they must outlive the store that holds the frame (heap values for the
@@ -144,6 +145,7 @@ struct RopeNode {
     // what a search may skip: ROPE_MARK_* of any frame spelled, and the least
     // finite sub among the frames that follow an arg (UINT32_MAX for none)
     uint8_t marks;
+    uint8_t in_use;    // marked by the collection in progress
     uint32_t least_sub;
 };
 
@@ -162,6 +164,12 @@ RopeNode *rope_leaf(uint32_t frame);
 // logarithmic in the number of nodes however ropes are put together. Either
 // may be null. Null with rope_too_long when the length passes 512 bits.
 RopeNode *rope_concat(RopeNode *a, RopeNode *b);
+// a then b under one new node, not rebalanced: its height is one more than
+// the taller's. For the members of an expansion, which share a long front and
+// are read and compared far more often than cut: a balanced join copies the
+// front's spine for each. Both not null; null with rope_too_long when the
+// length passes 512 bits.
+RopeNode *rope_concat_top(RopeNode *a, RopeNode *b);
 // t repeated k times: null for k = 0 or t null, t itself for k = 1; null with
 // rope_too_long when the length passes 512 bits. O(log k).
 RopeNode *rope_repeat(RopeNode *t, uint64_t k);
@@ -222,3 +230,19 @@ void rope_store_rewind();
 void rope_store_clear();
 // Heap bytes held by the persistent store: nodes, frames and tables.
 uint64_t rope_store_bytes();
+
+// ---- collection ----
+//
+// The persistent store keeps only what some values still in use need, rather
+// than being emptied whole: start, mark every rope and every term array those
+// values hold, finish. A frame is also in use when a marked term array is its
+// level or a part of one (single-frame ropes hand out their level). On_frame
+// hears of each frame as it is first marked, so that the caller can mark what
+// its level holds (later: it must not mark from inside). Finishing frees every persistent node and frame not
+// marked, empties the temporary store, and counts as a clear (rope_clears and
+// rope_rewinds move on), so that whatever is kept by node or frame elsewhere
+// is dropped; nodes and frames marked stay where they are, with their ids.
+void rope_collect_start();
+void rope_mark(const RopeNode *n, void (*on_frame)(const RopeFrame *f, void *ctx), void *ctx);
+void rope_mark_level(const OrdTerm *terms, void (*on_frame)(const RopeFrame *f, void *ctx), void *ctx);
+void rope_collect_finish();

@@ -9,8 +9,10 @@
 
 #include <random>
 
+#include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
+#include "OrdBuchholz/ord_lazy.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord_fixtures_test.h"
 #include "support/bignum/bignum.h"
@@ -122,6 +124,24 @@ static void collect(WalkRecord r)
     tick_record(r);
 }
 
+// Walks the 640 x 480 view zoomed `steps` times tenfold about column `at`.
+static void walk_view(double at, int32_t steps, TickCallback fn)
+{
+    screen_w = 640, screen_h = 480;
+    WalkRecord r = {};
+    r.xlo = Bignum_fromdouble(64), r.xhi = Bignum_fromdouble(576), r.minsize = 8.0f;
+    for (int32_t i = 0; i < steps; i++) {
+        Bignum c = Bignum_fromdouble(at);
+        Bignum lo = Bignum_lincomb(r.xlo, c, 10.0, -9.0), hi = Bignum_lincomb(r.xhi, c, 10.0, -9.0);
+        Bignum_free(r.xlo), Bignum_free(r.xhi), Bignum_free(c);
+        r.xlo = lo, r.xhi = hi;
+    }
+    walk_record_screen(&r);
+    tick_arrays_rebuild(r.right);
+    walk_line(fn, r);
+    Bignum_free(r.xlo), Bignum_free(r.xhi);
+}
+
 TEST_P(Deep, IterativeFormsAgreeWithTheRecursiveOnes)
 {
     uint32_t levels = ord_rope_levels;
@@ -130,21 +150,8 @@ TEST_P(Deep, IterativeFormsAgreeWithTheRecursiveOnes)
                                                 {500, 20}, {575, 12}, {600, 10}};
     auto agree = [&](uint32_t rope_levels) {
         ord_rope_levels = rope_levels;
-        for (auto [at, steps] : views) {
-            screen_w = 640, screen_h = 480;
-            WalkRecord r = {};
-            r.xlo = Bignum_fromdouble(64), r.xhi = Bignum_fromdouble(576), r.minsize = 8.0f;
-            for (int32_t i = 0; i < steps; i++) {
-                Bignum c = Bignum_fromdouble(at);
-                Bignum lo = Bignum_lincomb(r.xlo, c, 10.0, -9.0), hi = Bignum_lincomb(r.xhi, c, 10.0, -9.0);
-                Bignum_free(r.xlo), Bignum_free(r.xhi), Bignum_free(c);
-                r.xlo = lo, r.xhi = hi;
-            }
-            walk_record_screen(&r);
-            tick_arrays_rebuild(r.right);
-            walk_line(collect, r);
-            Bignum_free(r.xlo), Bignum_free(r.xhi);
-        }
+        for (auto [at, steps] : views)
+            walk_view(at, steps, collect);
         ASSERT_GT(walk_met.size(), 600u);
 
         std::mt19937 rng(11);
@@ -176,6 +183,49 @@ TEST_P(Deep, IterativeFormsAgreeWithTheRecursiveOnes)
     // once as the line runs, and once with every expansion on the rope
     agree(levels);
     agree(0);
+    ord_rope_levels = levels;
+}
+
+// The ends of every interval a walk meets, as text.
+static std::vector<std::string> walk_texts;
+static void write_down(WalkRecord r)
+{
+    NotationRow row = row_of("111111");
+    bool cut;
+    for (Ord x : {r.ordlo, r.ordhi}) {
+        char *s = Ord_tostring_limit(x, &row, 400, &cut);
+        walk_texts.push_back(s);
+        free(s);
+    }
+    tick_record(r);
+}
+
+static std::vector<std::string> texts_of_view(double at, int32_t steps)
+{
+    walk_texts.clear();
+    walk_view(at, steps, write_down);
+    return walk_texts;
+}
+
+// A collection of the rope store keeps what the kept expansions use, and
+// ropes built afterwards in the room it freed spell what they spelled before.
+TEST(DeepCollect, KeptExpansionsSurviveAndFreedRoomIsUsedAgain)
+{
+    uint32_t levels = ord_rope_levels;
+    ord_rope_levels = 0;
+    expansion_cache_frame();
+    std::vector<std::string> first = texts_of_view(575, 12);
+    // its entries idle out; its ropes stay in the store until collected
+    for (uint64_t i = 0; i <= EXPANSION_CACHE_IDLE; i++)
+        expansion_cache_frame();
+    std::vector<std::string> kept = texts_of_view(500, 20);
+    uint64_t bytes = rope_store_bytes();
+    expansion_cache_collect();
+    EXPECT_LT(rope_store_bytes(), bytes);
+    // new ropes in the room freed
+    EXPECT_FALSE(texts_of_view(320, 60).empty());
+    EXPECT_EQ(texts_of_view(575, 12), first);
+    EXPECT_EQ(texts_of_view(500, 20), kept);
     ord_rope_levels = levels;
 }
 
