@@ -129,7 +129,8 @@ static uint64_t mod_add(uint64_t a, uint64_t b)
 static void mod_geometric(uint64_t x, uint64_t k, uint64_t *power, uint64_t *sum)
 {
     uint64_t pw = 1, s = 0;
-    for (int32_t bit = 63; bit >= 0; bit--) {
+    // the bits above k's highest leave s = 0 and pw = 1: start at it
+    for (int32_t bit = k ? 63 - __builtin_clzll(k) : -1; bit >= 0; bit--) {
         s = mod_mul(s, mod_add(1, pw));
         pw = mod_mul(pw, pw);
         if ((k >> bit) & 1) {
