@@ -718,30 +718,30 @@ static void check_mode(const RopeNode *n)
         REPORT(REPORT_FATAL, "A temporary rope was handed to a rope operation in heap mode", 0);
 }
 
+// Whether a then b stays within 512 bits of frames; sets rope_too_long if not.
+static bool concat_fits(const RopeNode *a, const RopeNode *b)
+{
+    RopeLen len;
+    if (RopeLen_add(&len, a->len, b->len))
+        return true;
+    rope_too_long = true;
+    return false;
+}
+
 RopeNode *rope_concat(RopeNode *a, RopeNode *b)
 {
     check_mode(a);
     check_mode(b);
     if (!a || !b)
         return a ? a : b;
-    RopeLen len;
-    if (!RopeLen_add(&len, a->len, b->len)) {
-        rope_too_long = true;
-        return nullptr;
-    }
-    return join(a, b);
+    return concat_fits(a, b) ? join(a, b) : nullptr;
 }
 
 RopeNode *rope_concat_top(RopeNode *a, RopeNode *b)
 {
     check_mode(a);
     check_mode(b);
-    RopeLen len;
-    if (!RopeLen_add(&len, a->len, b->len)) {
-        rope_too_long = true;
-        return nullptr;
-    }
-    return make_concat(a, b);
+    return concat_fits(a, b) ? make_concat(a, b) : nullptr;
 }
 
 RopeNode *rope_repeat(RopeNode *t, uint64_t k)
@@ -1339,7 +1339,7 @@ void rope_collect_finish()
             s->bytes -= sizeof(RopeNode);
         }
     }
-    store_empty(&rope_temp);
-    rope_rewinds++;
+    // whatever is kept by node or frame elsewhere is stale now
+    rope_store_rewind();
     rope_clears++;
 }

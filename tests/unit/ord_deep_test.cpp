@@ -12,7 +12,7 @@
 #include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
-#include "OrdBuchholz/ord_lazy.h"
+#include "OrdBuchholz/ord_rope.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord_fixtures_test.h"
 #include "support/bignum/bignum.h"
