@@ -135,6 +135,7 @@ static OrdExpansion expansion_refused(uint32_t levels)
 }
 
 uint32_t ord_rope_levels = 64;
+uint64_t ord_rope_terms = 128;
 // Work counted for one member of an expansion on the rope, in member arrays.
 constexpr uint64_t ROPE_MEMBER_COST = 4;
 
@@ -361,6 +362,8 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
     uint32_t from = 0;
     uint64_t cost = 0;
     uint64_t template_cost = 0;
+    // term records each member copies on the way back up
+    uint64_t copied = 0;
     Ord whole = x;
     for (;;) {
         DynArray_append(&ord_path, &x);
@@ -401,10 +404,12 @@ OrdExpansion Ord_expand(Ord x, int32_t n)
             break;
         }
         DynArray_append(&expand_levels, &level);
+        copied += x.count;
         x = below;
     }
     uint32_t levels = expand_levels.count;
-    if (bottom == BOTTOM_LAZY || (bottom != BOTTOM_I && levels + template_cost >= ord_rope_levels)) {
+    if (bottom == BOTTOM_LAZY ||
+        (bottom != BOTTOM_I && (levels + template_cost >= ord_rope_levels || copied >= ord_rope_terms))) {
         for (uint32_t k = 0; k < levels; k++)
             Ord_freearray(DynArray_at<ExpandLevel>(&expand_levels, k)->one);
         return expand_rope_limited(whole, n, levels);

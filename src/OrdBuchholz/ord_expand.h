@@ -19,14 +19,15 @@
 // arguments and subscripts) to one that makes members itself, and rebuilds
 // every member once per level on the way back: its work is about n times the
 // length of that chain (plus the template's length where Omega_a is
-// iterated). A long chain, or a lazy value, is expanded on its rope instead:
-// the members are lazy values that share the frames above the bottom and the
-// template's frames whole, a few rope nodes each (ord_rope_levels). The chain is walked with an explicit stack, so its length costs
-// heap, not stack. Two limits, set by whoever runs the walk, refuse an
-// expansion that would cost more: a refused expansion has n = 0, no members
-// and nothing to keep, and has cost nothing. In arena mode the term
-// arrays stay in the arena until the rewind; `seq` and `keep`'s block always
-// come from the heap and are always freed.
+// iterated). A long chain, one of many terms, or a lazy value is expanded on
+// its rope instead: the members are lazy values that share the frames above
+// the bottom and the template's frames whole, a few rope nodes each
+// (ord_rope_levels, ord_rope_terms). The chain is walked with an explicit
+// stack, so its length costs heap, not stack. Two limits, set by whoever runs
+// the walk, refuse an expansion that would cost more: a refused expansion has
+// n = 0, no members and nothing to keep, and has cost nothing. In arena mode
+// the term arrays stay in the arena until the rewind; `seq` and `keep`'s block
+// always come from the heap and are always freed.
 #pragma once
 
 #include <stdint.h>
@@ -79,6 +80,10 @@ extern uint64_t ord_memory_limit;
 // and cost a few rope nodes each, whatever the length. 0 takes every chain
 // there but the top's. Start value 64.
 extern uint32_t ord_rope_levels;
+// So are chains whose levels hold at least this many terms in all: every
+// member would copy them, and a kept expansion on the path to a deep view
+// would hold n copies of a long chain. Start value 128.
+extern uint64_t ord_rope_terms;
 // The work that the last refused expansion would have cost.
 extern uint64_t ord_refused_cost;
 
