@@ -8,10 +8,12 @@
 #include <sys/resource.h>
 
 #include <random>
+#include <string>
 
 #include "OrdBuchholz/expansion_cache.h"
 #include "OrdBuchholz/ord_arith.h"
 #include "OrdBuchholz/ord_buchholz.h"
+#include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/ord_rope.h"
 #include "PlotSegment2/tick_walk.h"
 #include "ord_fixtures_test.h"
@@ -227,6 +229,31 @@ TEST(DeepCollect, KeptExpansionsSurviveAndFreedRoomIsUsedAgain)
     EXPECT_EQ(texts_of_view(575, 12), first);
     EXPECT_EQ(texts_of_view(500, 20), kept);
     ord_rope_levels = levels;
+}
+
+// A chain of one level but many terms: copied into every member it would fill
+// the kept expansions on the way to a deep view, so its members share it on
+// the rope, and they are the members the copying expansion makes.
+TEST(DeepTerms, ManyTermsAreSharedNotCopied)
+{
+    std::string text;
+    for (int i = 200; i > 0; i--)
+        text += "omega^{omega+" + std::to_string(i) + "}+";
+    OrdPool pool;
+    Ord x = pool.read((text + "omega^{omega}").c_str());
+    OrdExpansion shared = Ord_expandfresh(x, 20);
+    uint64_t terms = ord_rope_terms;
+    ord_rope_terms = UINT64_MAX;
+    OrdExpansion copied = Ord_expandfresh(x, 20);
+    ord_rope_terms = terms;
+    for (int32_t k = 1; k < 20; k++) {
+        EXPECT_TRUE(Ord_islazy(shared.seq[k])) << "member " << k;
+        EXPECT_FALSE(Ord_islazy(copied.seq[k])) << "member " << k;
+        EXPECT_EQ(Ord_cmp(shared.seq[k], copied.seq[k]), 0) << "member " << k;
+    }
+    Ord_freeexpansion(shared);
+    Ord_freeexpansion(copied);
+    pool.release();
 }
 
 // Nesting of LEVELS levels, the bottom term given: psi_0(psi_0(...(bottom)))
