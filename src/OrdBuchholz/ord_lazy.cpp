@@ -352,13 +352,19 @@ static DynArray collect_work;  // of Ord: values still to mark
 static OrdMap collect_seen;    // term arrays marked, by identity
 static bool collect_ready = false;
 
-// What a frame's level holds is in use: the sub and arg of every term.
+// The sub and arg of every term of y, queued to be marked.
+static void queue_fields(Ord y)
+{
+    for (uint32_t i = 0; i < y.count; i++) {
+        DynArray_append(&collect_work, &y.terms[i].sub);
+        DynArray_append(&collect_work, &y.terms[i].arg);
+    }
+}
+
+// What a frame's level holds is in use.
 static void keep_level(const RopeFrame *f, void *)
 {
-    for (uint32_t i = 0; i < f->level.count; i++) {
-        DynArray_append(&collect_work, &f->level.terms[i].sub);
-        DynArray_append(&collect_work, &f->level.terms[i].arg);
-    }
+    queue_fields(f->level);
 }
 
 void ord_lazy_collect_start()
@@ -393,10 +399,7 @@ void ord_lazy_keep(Ord x)
             continue;
         // a single-frame rope hands out its frame's level: that frame stays
         rope_mark_level(y.terms, keep_level, nullptr);
-        for (uint32_t i = 0; i < y.count; i++) {
-            DynArray_append(&collect_work, &y.terms[i].sub);
-            DynArray_append(&collect_work, &y.terms[i].arg);
-        }
+        queue_fields(y);
     }
 }
 

@@ -238,8 +238,9 @@ uint64_t rope_store_bytes();
 // values hold, finish. A frame is also in use when a marked term array is its
 // level or a part of one (single-frame ropes hand out their level). On_frame
 // hears of each frame as it is first marked, so that the caller can mark what
-// its level holds (later: it must not mark from inside). Finishing frees every persistent node and frame not
-// marked, empties the temporary store, and counts as a clear (rope_clears and
+// its level holds; it must queue that for after the call, not mark from
+// inside it. Finishing frees every persistent node and frame not marked,
+// empties the temporary store, and counts as a clear (rope_clears and
 // rope_rewinds move on), so that whatever is kept by node or frame elsewhere
 // is dropped; nodes and frames marked stay where they are, with their ids.
 void rope_collect_start();
