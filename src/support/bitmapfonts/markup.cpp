@@ -35,42 +35,71 @@ static size_t name_at(const char *text, const char *name)
     return i;
 }
 
-// Replaces name_len bytes at pos by the glyph escape of code. What follows the
-// scan position is still plain text, so its end is the first 0x00.
-static void put_glyph_escape(char *text, size_t pos, size_t name_len, uint32_t code)
+// Writes the glyph escape of code at out.
+static void put_glyph_escape(char *out, uint32_t code)
 {
-    char *rest = text + pos + name_len;
-    size_t rest_len = strlen(rest);
-    if (name_len != 3)
-        memmove(text + pos + 3, rest, rest_len + 1);
-    text[pos] = ITEM_GLYPH;
-    text[pos + 1] = (char)(code >> 8);
-    text[pos + 2] = (char)(code & 0xFF);
+    out[0] = ITEM_GLYPH;
+    out[1] = (char)(code >> 8);
+    out[2] = (char)(code & 0xFF);
+}
+
+// The Greek name or variant at text: its length and glyph code, or 0. The 24
+// names are tried in order, then the variants; the first letter alone decides
+// the case.
+static size_t greek_at(const char *text, uint32_t *code)
+{
+    unsigned char c = (unsigned char)text[0] | 0x20;
+    if (c < 'a' || c > 'z')
+        return 0;
+    for (uint32_t n = 0; n < 24; n++) {
+        if ((unsigned char)greek_names[n][0] != c)
+            continue;
+        size_t len = name_at(text, greek_names[n]);
+        if (len) {
+            *code = 256 + n + ((signed char)text[0] <= 0x60 ? 24 : 0);
+            return len;
+        }
+    }
+    for (uint32_t v = 0; v < 5; v++) {
+        size_t len = name_at(text, variant_names[v]);
+        if (len) {
+            *code = variant_codes[v];
+            return len;
+        }
+    }
+    return 0;
 }
 
 char *greek_expand(char *text)
 {
-    for (size_t i = 0; text[i] != 0; i++) {
-        for (uint32_t n = 0; n < 24; n++) {
-            size_t len = name_at(text + i, greek_names[n]);
-            if (!len)
-                continue;
-            // the first letter alone decides the case
-            uint32_t code = 256 + n + ((signed char)text[i] <= 0x60 ? 24 : 0);
-            put_glyph_escape(text, i, len, code);
-            i += 2;
-            break;
-        }
-        // after an escape the position holds a byte below '0': no variant matches there
-        for (uint32_t v = 0; v < 5; v++) {
-            size_t len = name_at(text + i, variant_names[v]);
-            if (!len)
-                continue;
-            put_glyph_escape(text, i, len, variant_codes[v]);
-            i += 2;
-            break;
+    // One pass into a scratch copy, then back: names are at least two bytes
+    // and escapes three, so the text grows by half at most, and shifting the
+    // rest at every name would cost the square of a long label.
+    static char *scratch;
+    static size_t scratch_size;
+    size_t length = strlen(text);
+    size_t need = length + length / 2 + 1;
+    if (need > scratch_size) {
+        free(scratch);
+        scratch = (char *)malloc(need);
+        if (!scratch)
+            REPORT(REPORT_FATAL, "Out of memory for text markup", 0);
+        scratch_size = need;
+    }
+    size_t out = 0;
+    for (size_t i = 0; i < length;) {
+        uint32_t code;
+        size_t len = greek_at(text + i, &code);
+        if (len) {
+            put_glyph_escape(scratch + out, code);
+            out += 3;
+            i += len;
+        } else {
+            scratch[out++] = text[i++];
         }
     }
+    memcpy(text, scratch, out);
+    text[out] = 0;
     return text;
 }
 
