@@ -26,6 +26,7 @@ struct CacheEntry {
     uint32_t next_sibling;
     uint32_t prev_sibling;
     bool live;
+    uint64_t life;         // see expansion_cache_life
 };
 
 uint64_t expansion_cache_budget = (uint64_t)128 << 20;
@@ -39,6 +40,7 @@ static uint32_t cache_free_list = CACHE_NONE;  // dead entries, linked by next_s
 static OrdMap cache_index;      // key -> entry index + 1
 static bool cache_ready = false;
 static uint64_t cache_frame = 1;
+static uint64_t cache_lives = 0;  // entries made so far
 static Ord cache_top = {0, nullptr};
 
 static void cache_start()
@@ -182,7 +184,7 @@ static uint32_t entry_new(Ord x, uint32_t parent)
     }
     CacheEntry *e = entry_at(index);
     *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, 0, Ord_zero(), -1,
-                    parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true};
+                    parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true, ++cache_lives};
     DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
     if (parent != CACHE_NONE) {
         CacheEntry *p = entry_at(parent);
@@ -315,6 +317,14 @@ void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m)
     CacheEntry *e = entry_at(handle - 1);
     e->skip_key = ordlo;
     e->skip = m;
+}
+
+uint64_t expansion_cache_life(uint32_t handle)
+{
+    if (handle == CACHE_OFF || handle == CACHE_ROOT || handle > cache_entries.count)
+        return 0;
+    const CacheEntry *e = entry_at(handle - 1);
+    return e->live ? e->life : 0;
 }
 
 void expansion_cache_collect()

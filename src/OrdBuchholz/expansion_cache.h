@@ -76,6 +76,12 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent, CachedExpansion *out
 bool expansion_cache_skip(uint32_t handle, Ord ordlo, int32_t *m);
 void expansion_cache_skip_keep(uint32_t handle, Ord ordlo, int32_t m);
 
+// A number for the life of the entry `handle`: different for every entry
+// ever made, 0 for CACHE_OFF, CACHE_ROOT and a handle of no live entry. What
+// is worked out from a member can be kept under it: the member is the same
+// value for as long as the life goes on.
+uint64_t expansion_cache_life(uint32_t handle);
+
 // A new frame: entries unused for EXPANSION_CACHE_IDLE frames are evicted.
 void expansion_cache_frame();
 // Frees what the rope store holds that no entry uses; expansion_cache_frame

@@ -111,7 +111,7 @@ void label_collect(WalkRecord r)
         if (!line.name && e.width > room && room >= LABEL_MIN_ROOM_LINES * text_height) {
             // a row's text that runs into the legend ends before it
             free(line.owned);
-            line.owned = label_text(r.ordlo, *notation_row(line.rows - 1), room - 1.0f);
+            line.owned = label_record_text(r, *notation_row(line.rows - 1), room - 1.0f);
             line.text = line.owned;
             e = text_extent(line.text, slope);
         }

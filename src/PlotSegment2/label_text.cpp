@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "OrdBuchholz/expansion_cache.h"
 #include "notation/named_ordinals.h"
 #include "notation/notation_rows.h"
 #include "support/bignum/bignum.h"
@@ -20,15 +21,23 @@ static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 
 // The text of x into buf, Greek letters done: at most LABEL_TEXT_MAX bytes are
 // made, and a text that was longer ends at its last whole term in the
-// ellipsis (the rest could never be read on the screen anyway).
-static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row)
+// ellipsis (the rest could never be read on the screen anyway). A member of a
+// kept expansion (life not 0) is written once while its entry lives.
+static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row,
+                              uint64_t life = 0, int32_t member = 0)
 {
     bool cut;
-    char *s = Ord_tostring_limit(x, &row, LABEL_TEXT_MAX, &cut);
-    size_t length = strlen(s);
-    memcpy(buf, s, length + 1);
-    free(s);
-    greek_expand(buf);
+    const char *kept = label_memo_find(life, member, &row, &cut);
+    if (kept) {
+        memcpy(buf, kept, (size_t)(text_end(kept) - kept) + 1);
+    } else {
+        char *s = Ord_tostring_limit(x, &row, LABEL_TEXT_MAX, &cut);
+        size_t length = strlen(s);
+        memcpy(buf, s, length + 1);
+        free(s);
+        greek_expand(buf);
+        label_memo_keep(life, member, &row, buf, cut);
+    }
     if (cut)
         markup_elide(buf, capacity, INFINITY, true);
 }
@@ -55,12 +64,25 @@ char *label_expand(char *source, size_t capacity)
     return text;
 }
 
-char *label_text(Ord x, NotationRow row, float max_width)
+// The label text of x, as label_text says, written once while the entry
+// life lives.
+static char *label_text_kept(Ord x, NotationRow row, float max_width, uint64_t life, int32_t member)
 {
-    label_source_into(label_buffer, sizeof label_buffer, x, row);
+    label_source_into(label_buffer, sizeof label_buffer, x, row, life, member);
     if (max_width > 0.0f)
         markup_elide(label_buffer, sizeof label_buffer, max_width, false);
     return label_expand(label_buffer, sizeof label_buffer);
+}
+
+char *label_text(Ord x, NotationRow row, float max_width)
+{
+    return label_text_kept(x, row, max_width, 0, 0);
+}
+
+char *label_record_text(WalkRecord r, NotationRow row, float max_width)
+{
+    return label_text_kept(r.ordlo, row, max_width, expansion_cache_life(r.ordlo_entry),
+                           r.ordlo_member);
 }
 
 float label_room(float tx)
@@ -105,7 +127,7 @@ bool label_next(LabelLine *line)
         line->owned = nullptr;
         if (line->rows < notation_rows.count) {
             label_step_up(line);
-            line->owned = label_text(line->r.ordlo, *notation_row(line->rows), label_room(line->tx));
+            line->owned = label_record_text(line->r, *notation_row(line->rows), label_room(line->tx));
             line->text = line->owned;
             line->rows++;
             line->colour = 0xffffff;

@@ -35,6 +35,17 @@ constexpr uint32_t LABEL_TEXT_MAX = 9999;
 // Over LABEL_TEXT_MAX bytes it is elided; with max_width above 0 it is also
 // elided to that many pixels.
 char *label_text(Ord x, NotationRow row, float max_width = 0.0f);
+// The same for the left end of r; a member of a kept expansion is written
+// once while its entry lives, not every frame.
+char *label_record_text(WalkRecord r, NotationRow row, float max_width);
+
+// Label sources of kept members across frames (label_memo.cpp), by the life
+// of the entry (expansion_cache_life), the member and the row: the source
+// before the ellipsis, and whether it was cut at LABEL_TEXT_MAX. Life 0 is
+// never kept. A fixed number of slots: a new text may take an old one's.
+const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, bool *cut);
+void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, const char *text,
+                     bool cut);
 
 // The same text before the script pass, for callers that cut it further
 // (markup_fit.h): a new heap block of *capacity bytes, elided beyond

@@ -336,7 +336,11 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             }
             p = i ? *DynArray_at<Bignum>(&steps, (uint32_t)i - 1) : r.xlo;
             q = *DynArray_at<Bignum>(&steps, (uint32_t)i);
-            child.ordlo = i ? seq[m + i - 1] : r.ordlo;
+            if (i) {
+                child.ordlo = seq[m + i - 1];
+                child.ordlo_entry = members.entry;
+                child.ordlo_member = m + i - 1;
+            }
             child.ordhi = seq[m + i];
             child_k = i ? 0 : k + 1;
         } else if (i == 0) {
@@ -362,6 +366,8 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             }
             advance(r.xlo, r.xhi, &p, &q);
             child.ordlo = seq[m + i - 1];
+            child.ordlo_entry = members.entry;
+            child.ordlo_member = m + i - 1;
             child.ordhi = seq[m + i];
             child_k = 0;
         }

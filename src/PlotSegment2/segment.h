@@ -32,6 +32,11 @@ struct WalkRecord {
     // where ordhi comes from: the handle of the expansion cache entry whose
     // member it is, CACHE_ROOT for the top, CACHE_OFF (0) when it cannot be kept
     uint32_t ordhi_entry;
+    // where ordlo comes from, likewise: the entry and the index of ordlo among
+    // its members, so that what is worked out from ordlo can be kept for as
+    // long as the entry lives (expansion_cache_life)
+    uint32_t ordlo_entry;
+    int32_t ordlo_member;
     // set for a leaf that was not divided because the work limits of the
     // expansion refused it: the line is "too deep" here this frame
     bool too_deep;

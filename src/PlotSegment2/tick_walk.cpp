@@ -70,6 +70,8 @@ void walk_line(TickCallback fn, WalkRecord r)
     r.ordlo = Ord_zero();
     r.ordhi = top;
     r.ordhi_entry = CACHE_ROOT;
+    r.ordlo_entry = CACHE_OFF;
+    r.ordlo_member = 0;
     r.too_deep = false;
     segment(fn, 0, r);
 
@@ -77,6 +79,7 @@ void walk_line(TickCallback fn, WalkRecord r)
     WalkRecord end = r;
     end.xlo = r.xhi;
     end.ordlo = top;
+    end.ordlo_entry = CACHE_OFF;
     fn(end);
 }
 

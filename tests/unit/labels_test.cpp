@@ -454,6 +454,34 @@ TEST_F(TextStages, LabelsOfTheFirstView)
     free_view(r);
 }
 
+// A label line as written afresh, for the ticks of kept members whose texts
+// are kept from the walk before.
+void check_kept_text(WalkRecord r)
+{
+    LabelLine line;
+    if (!label_start(r, &line))
+        return;
+    while (label_next(&line)) {
+        if (line.name)
+            continue;
+        char *fresh = label_text(r.ordlo, *notation_row(line.rows - 1), label_room(line.tx));
+        EXPECT_EQ(bytes(line.text), bytes(fresh));
+        free(fresh);
+    }
+}
+
+TEST_F(TextStages, KeptLabelTextsFollowTheRow)
+{
+    WalkRecord r = view(864);
+    // "omega" turns into "psi_{0}(1)", "1" into "psi_{0}(0)"
+    for (int32_t toggle : {-1, (int32_t)TOGGLE_OMEGA, (int32_t)TOGGLE_N}) {
+        if (toggle >= 0)
+            notation_row(0)->toggle[toggle] = 0;
+        walk_line(check_kept_text, r);
+    }
+    free_view(r);
+}
+
 TEST_F(TextStages, CentreReadoutPicksTheLeafAtTheMarkerAndStandsInTheWindow)
 {
     // views at width 1280; the first runs from 128 to 1152 with 1 at 219.1185
