@@ -249,10 +249,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     // before any stop test, so a divided interval still leaves its full size
     tick_size_record(r);
 
-    Bignum D = Bignum_lincomb(r.xhi, r.xlo, 1.0, -1.0);
-    bool small = Bignum_ltd(D, r.minsize);
-    Bignum_free(D);
-    if (small) {
+    if (Bignum_difference_ltd(r.xhi, r.xlo, r.minsize)) {
         fn(r);
         return;
     }

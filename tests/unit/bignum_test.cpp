@@ -192,6 +192,10 @@ TEST_F(Bignums, LincombAndComparisonsMatchTheExactReference)
         int sign = ref_sign(ref_add(ref_of(X), ref_of(Y), -1, 0));
         ASSERT_EQ(Bignum_lt(X, Y), sign < 0) << show(X) << " < " << show(Y);
         ASSERT_EQ(Bignum_lt(Y, X), sign > 0) << show(Y) << " < " << show(X);
+        // the interval test of a walk, decided by the top limbs where they can
+        Bignum D = keep(Bignum_lincomb(X, Y, 1.0, -1.0));
+        for (double x : {1.0, 370.0, 9999.99})
+            ASSERT_EQ(Bignum_difference_ltd(X, Y, x), Bignum_ltd(D, x)) << show(X) << " - " << show(Y) << " < " << x;
     }
 }
 
@@ -210,6 +214,15 @@ TEST_F(Bignums, ComparisonsWithDoubles)
                   (std::vector<int>{side < 0, side <= 0, side > 0, side >= 0}))
             << show(X) << " against " << x << ": <, <=, >, >=";
     }
+    // X - Y < 370 where the limbs at which X and Y first differ leave it open
+    const std::tuple<Limbs, Limbs, bool> gaps[] = {
+        {{0, 0, 5001}, {0, 9999, 5000}, true},  // 1 px across a limb
+        {{0, 9999, 4999}, {0, 0}, false},       // -1 less -5000: a top digit below the other's
+        {{0, 0, 5003}, {0, 0, 5000}, false},
+        {{0, 0, 4998}, {0, 0, 5000}, true},
+    };
+    for (const auto &[x, y, below] : gaps)
+        EXPECT_EQ(Bignum_difference_ltd(make(x), make(y), 370.0), below) << show(make(x)) << " - " << show(make(y));
 }
 
 TEST_F(Bignums, ToDoubleWithItsCutOffAndDecimalText)

@@ -313,6 +313,40 @@ int Bignum_led(Bignum X, double x) { return bignum_cmpd(X, x) <= 0; }
 int Bignum_gtd(Bignum X, double x) { return bignum_cmpd(X, x) > 0; }
 int Bignum_ged(Bignum X, double x) { return bignum_cmpd(X, x) >= 0; }
 
+// Limb i of X as a signed digit: plain below the top, the top without its
+// excess, 0 above.
+static int32_t signed_limb(Bignum X, uint32_t i)
+{
+    if (i + 1 < X.n)
+        return X.limbs[i];
+    return i + 1 == X.n ? (int32_t)X.limbs[i] - 5000 : 0;
+}
+
+int Bignum_difference_ltd(Bignum X, Bignum Y, double x)
+{
+    // X - Y is the sum of d_i * 10000^(i-1), d_i the differences of the
+    // signed digits. Below the highest i = k where they differ, the digits add
+    // up to less than 1.5 * 10000^(k-1) either way (one of them may be a top
+    // digit), so d_k >= 3 puts X - Y above 1.5 * 10000^(k-1), at least 15000
+    // for k >= 2, and d_k <= -2 puts it below 0.
+    uint32_t m = X.n > Y.n ? X.n : Y.n;
+    if (x > 0.0 && x < 10000.0) {
+        for (uint32_t k = m - 1; k >= 2; k--) {
+            int32_t d = signed_limb(X, k) - signed_limb(Y, k);
+            if (d >= 3)
+                return 0;
+            if (d <= -2)
+                return 1;
+            if (d != 0)
+                break;
+        }
+    }
+    Bignum D = Bignum_lincomb(X, Y, 1.0, -1.0);
+    int below = Bignum_ltd(D, x);
+    Bignum_free(D);
+    return below;
+}
+
 double Bignum_todouble(Bignum X)
 {
     // six limbs or more lie far outside every screen: only the side matters
