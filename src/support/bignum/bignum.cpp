@@ -42,6 +42,9 @@ static int32_t floor_div_base(int32_t a)
 static uint32_t fromdouble_limbs(double x)
 {
     double magnitude = fabs(x + x);
+    // screen-sized numbers, met at every interval of a walk: ln 9999 / ln 10000 < 1
+    if (magnitude < 9999.0)
+        return 2;
     if (magnitude < 1.0)
         magnitude = 1.0;
     // how many limbs above the pixel limb; 1 / ln 10000
@@ -52,8 +55,8 @@ static uint32_t fromdouble_limbs(double x)
 static void fromdouble_fill(double x, uint16_t *limbs, uint32_t n)
 {
     int32_t k = (int32_t)n - 2;
-    // x in units of the top limb, with the excess; -ln 10000
-    double v = exp(k * -9.210340371976184) * x + 5000.0;
+    // x in units of the top limb, with the excess; -ln 10000 (exp(0) is 1)
+    double v = (k ? exp(k * -9.210340371976184) * x : x) + 5000.0;
     for (int32_t i = k + 1; i >= 0; i--) {
         // truncate toward minus infinity, never round
         double d = floor(v);
