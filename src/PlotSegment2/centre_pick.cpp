@@ -4,6 +4,7 @@
 #include <math.h>
 #include <stdlib.h>
 
+#include "OrdBuchholz/expansion_cache.h"
 #include "PlotSegment2/labels.h"
 #include "PlotSegment2/marker_ordinal.h"
 #include "PlotSegment2/tick_walk.h"
@@ -12,6 +13,8 @@
 #include "support/bitmapfonts/font_registry.h"
 
 Ord centre_ord = {};
+uint64_t centre_life = 0;
+int32_t centre_member = 0;
 float centre_dist = CENTRE_NONE;
 bool centre_too_deep = false;
 const char *const CENTRE_TOO_DEEP_TEXT = "too deep to draw in one frame";
@@ -35,6 +38,8 @@ void centre_pick(WalkRecord r)
     centre_dist = d;
     Ord_free(centre_ord);  // nothing under the arena
     centre_ord = Ord_clone(r.ordlo);
+    centre_life = expansion_cache_life(r.ordlo_entry);
+    centre_member = r.ordlo_member;
 }
 
 char *centre_source(float cx, WalkRecord r, size_t *capacity)
@@ -44,7 +49,7 @@ char *centre_source(float cx, WalkRecord r, size_t *capacity)
         return nullptr;
     // scripts are sized for the font the read-out is drawn in
     font_select("bigger");
-    char *source = label_source(picked, *notation_row(0), capacity);
+    char *source = label_source(picked, *notation_row(0), capacity, centre_life, centre_member);
     font_select("normal");
     Ord_free(picked);
     return source;

@@ -14,6 +14,11 @@
 
 // A private deep copy of the ordinal picked so far; 0 when none is.
 extern Ord centre_ord;
+// Where it comes from: the life of the kept expansion whose member it is
+// (expansion_cache_life; 0 for none) and its index there, so that its text
+// can be kept across frames like a label's.
+extern uint64_t centre_life;
+extern int32_t centre_member;
 // Its distance from the centre in pixels; CENTRE_NONE when none is picked.
 extern float centre_dist;
 // True when the read-out pass met a "too deep" leaf: the line under the

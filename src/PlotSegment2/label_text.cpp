@@ -42,13 +42,13 @@ static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row
         markup_elide(buf, capacity, INFINITY, true);
 }
 
-char *label_source(Ord x, NotationRow row, size_t *capacity)
+char *label_source(Ord x, NotationRow row, size_t *capacity, uint64_t life, int32_t member)
 {
     *capacity = sizeof label_buffer;
     char *buf = (char *)malloc(*capacity);
     if (!buf)
         REPORT(REPORT_FATAL, "Out of memory for a label", 0);
-    label_source_into(buf, *capacity, x, row);
+    label_source_into(buf, *capacity, x, row, life, member);
     return buf;
 }
 

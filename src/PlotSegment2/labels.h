@@ -50,8 +50,10 @@ void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, cons
 // The same text before the script pass, for callers that cut it further
 // (markup_fit.h): a new heap block of *capacity bytes, elided beyond
 // LABEL_TEXT_MAX. label_expand finishes it: the script pass in place, then a
-// new heap copy of just the text; the source block stays the caller's.
-char *label_source(Ord x, NotationRow row, size_t *capacity);
+// new heap copy of just the text; the source block stays the caller's. With a
+// life not 0, x is member `member` of that kept expansion, and its text is
+// kept with the labels'.
+char *label_source(Ord x, NotationRow row, size_t *capacity, uint64_t life = 0, int32_t member = 0);
 char *label_expand(char *source, size_t capacity);
 
 // The widest a label line may be with its left edge at tx: to the window's

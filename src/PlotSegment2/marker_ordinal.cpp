@@ -14,6 +14,7 @@ bool marker_ordinal(float cx, WalkRecord r, Ord *out)
     centre_dist = CENTRE_NONE;
     centre_too_deep = false;
     centre_ord = Ord_zero();
+    centre_life = 0;
     walk_line(centre_pick, column);
     bool picked = (double)centre_dist < 1e20;
     *out = picked ? centre_ord : Ord_zero();
