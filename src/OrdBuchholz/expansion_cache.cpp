@@ -29,7 +29,7 @@ struct CacheEntry {
     uint64_t life;         // see expansion_cache_life
 };
 
-uint64_t expansion_cache_budget = (uint64_t)128 << 20;
+uint64_t expansion_cache_budget = (uint64_t)96 << 20;
 uint64_t expansion_cache_bytes = 0;
 
 static DynArray cache_entries;  // of CacheEntry

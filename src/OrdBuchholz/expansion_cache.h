@@ -45,7 +45,7 @@ struct CachedExpansion {
 
 // Bytes the cache may hold; past it, the least recently used entries go, and
 // a request that still does not fit is not kept (expansion_cache_get fails
-// with *full set). Start value 128 MiB, which with the rope store keeps a
+// with *full set). Start value 96 MiB, which with the rope store keeps a
 // frame within 256 MB.
 extern uint64_t expansion_cache_budget;
 // Bytes held now (term arrays, member and keep arrays of every entry).
@@ -53,8 +53,11 @@ extern uint64_t expansion_cache_bytes;
 
 // Bytes the rope store (OrdBuchholz/ord_lazy.h) may hold between frames;
 // past it, the next frame frees what no entry uses, and drops the store and
-// every entry when what they use is most of it.
-constexpr uint64_t ROPE_STORE_BUDGET = 64ull << 20;
+// every entry when what they use is most of it. Past 10^900 the ropes of the
+// expansions kept on the path to the view alone run to some 50 MB: less room
+// than this would be collected every few hundred frames and, soon after,
+// dropped and built again whole.
+constexpr uint64_t ROPE_STORE_BUDGET = 128ull << 20;
 
 // The top of the line, psi_0(I), built on the heap on first use and never
 // freed; its expansions can be kept because it is always the same value.
