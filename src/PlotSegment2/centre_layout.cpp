@@ -65,8 +65,7 @@ static char *centre_copy(const char *text, size_t capacity)
     char *copy = (char *)malloc(capacity);
     if (!copy)
         REPORT(REPORT_FATAL, "Out of memory for the read-out", 0);
-    size_t size = (size_t)(text_end(text) - text) + 1;
-    memcpy(copy, text, size);
+    memcpy(copy, text, text_size(text));
     return copy;
 }
 
@@ -137,7 +136,7 @@ static void centre_lines(const CentreBand *b, float cx, char *source, size_t cap
     char *second = (char *)malloc(tail_capacity);
     if (!second)
         REPORT(REPORT_FATAL, "Out of memory for the read-out", 0);
-    memcpy(second, tail, (size_t)(text_end(tail) - tail) + 1);
+    memcpy(second, tail, text_size(tail));
     free(tail);
     markup_elide(second, tail_capacity, right2, false);
     markup_head(source, capacity, at);

@@ -42,9 +42,11 @@ static LabelMemoSlot *memo_slot(uint64_t life, int32_t member, uint32_t row)
 
 const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, bool *cut)
 {
+    if (life == 0)
+        return nullptr;
     uint32_t bits = row_bits(row);
     const LabelMemoSlot *s = memo_slot(life, member, bits);
-    if (life == 0 || s->life != life || s->member != member || s->row != bits)
+    if (s->life != life || s->member != member || s->row != bits)
         return nullptr;
     *cut = s->cut;
     return s->text;
@@ -57,8 +59,7 @@ void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, cons
         return;
     uint32_t bits = row_bits(row);
     LabelMemoSlot *s = memo_slot(life, member, bits);
-    // escapes hold zero bytes: only text_end finds the end
-    size_t size = (size_t)(text_end(text) - text) + 1;
+    size_t size = text_size(text);
     if (size > s->capacity) {
         char *grown = (char *)realloc(s->text, size);
         if (!grown)

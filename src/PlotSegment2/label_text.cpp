@@ -24,12 +24,12 @@ static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 // ellipsis (the rest could never be read on the screen anyway). A member of a
 // kept expansion (life not 0) is written once while its entry lives.
 static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row,
-                              uint64_t life = 0, int32_t member = 0)
+                              uint64_t life, int32_t member)
 {
     bool cut;
     const char *kept = label_memo_find(life, member, &row, &cut);
     if (kept) {
-        memcpy(buf, kept, (size_t)(text_end(kept) - kept) + 1);
+        memcpy(buf, kept, text_size(kept));
     } else {
         char *s = Ord_tostring_limit(x, &row, LABEL_TEXT_MAX, &cut);
         size_t length = strlen(s);
@@ -56,7 +56,7 @@ char *label_expand(char *source, size_t capacity)
 {
     script_expand(source, -1, 0, 256, capacity);
     // escapes hold zero bytes: only text_end finds the end
-    size_t size = (size_t)(text_end(source) - source) + 1;
+    size_t size = text_size(source);
     char *text = (char *)malloc(size);
     if (!text)
         REPORT(REPORT_FATAL, "Out of memory for a label", 0);

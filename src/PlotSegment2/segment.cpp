@@ -222,6 +222,14 @@ static bool segment_members_timed(WalkRecord r, int32_t c, SegmentMembers *out)
     return true;
 }
 
+// Member `index` as a child's left end, with where it comes from.
+static void child_ordlo(WalkRecord *child, const SegmentMembers *members, int32_t index)
+{
+    child->ordlo = members->seq[index];
+    child->ordlo_entry = members->entry;
+    child->ordlo_member = index;
+}
+
 static void segment_members_free(SegmentMembers *members)
 {
     if (members->entry == CACHE_OFF && members->owned.seq)
@@ -333,11 +341,8 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             }
             p = i ? *DynArray_at<Bignum>(&steps, (uint32_t)i - 1) : r.xlo;
             q = *DynArray_at<Bignum>(&steps, (uint32_t)i);
-            if (i) {
-                child.ordlo = seq[m + i - 1];
-                child.ordlo_entry = members.entry;
-                child.ordlo_member = m + i - 1;
-            }
+            if (i)
+                child_ordlo(&child, &members, m + i - 1);
             child.ordhi = seq[m + i];
             child_k = i ? 0 : k + 1;
         } else if (i == 0) {
@@ -362,9 +367,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
                 Bignum_free(left);
             }
             advance(r.xlo, r.xhi, &p, &q);
-            child.ordlo = seq[m + i - 1];
-            child.ordlo_entry = members.entry;
-            child.ordlo_member = m + i - 1;
+            child_ordlo(&child, &members, m + i - 1);
             child.ordhi = seq[m + i];
             child_k = 0;
         }

@@ -45,8 +45,6 @@ static uint32_t fromdouble_limbs(double x)
     // screen-sized numbers, met at every interval of a walk: ln 9999 / ln 10000 < 1
     if (magnitude < 9999.0)
         return 2;
-    if (magnitude < 1.0)
-        magnitude = 1.0;
     // how many limbs above the pixel limb; 1 / ln 10000
     return (uint32_t)floor(log(magnitude) * 0.10857362047581294) + 2;
 }

@@ -49,9 +49,9 @@ int Bignum_led(Bignum X, double x);
 int Bignum_gtd(Bignum X, double x);
 int Bignum_ged(Bignum X, double x);
 
-// Bignum_ltd(X - Y, x) without making X - Y where the
-// limbs at which X and Y first differ decide it: a walk asks this of every
-// interval, and outside the view the two ends are hundreds of limbs long.
+// Bignum_ltd(X - Y, x) without making X - Y where the limbs at which X and Y
+// first differ decide it: a walk asks this of every interval, and outside the
+// view the two ends are hundreds of limbs long.
 int Bignum_difference_ltd(Bignum X, Bignum Y, double x);
 
 // The value as a double; a number of six limbs or more gives only its sign,

@@ -116,6 +116,11 @@ const char *text_end(const char *text)
     return text;
 }
 
+size_t text_size(const char *text)
+{
+    return (size_t)(text_end(text) - text) + 1;
+}
+
 char *text_end(char *text)
 {
     return const_cast<char *>(text_end(static_cast<const char *>(text)));

@@ -50,3 +50,5 @@ int16_t script_size_below(int16_t s);
 // The closing 0x00 of an expanded text.
 char *text_end(char *text);
 const char *text_end(const char *text);
+// Bytes of an expanded text with its closing 0x00: what a copy of it takes.
+size_t text_size(const char *text);
