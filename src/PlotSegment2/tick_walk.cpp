@@ -51,11 +51,13 @@ void walk_record_screen(WalkRecord *record)
 
 // Seconds a pass may take before its deadline; 0 until walk_frame_start.
 static double walk_pass_seconds = 0.0;
+double walk_reserve_seconds = WALK_RESERVE_SECONDS;
 
 void walk_frame_start(bool at_rest)
 {
     ord_work_big = at_rest ? WALK_REST_WORK : 0;
     walk_pass_seconds = WALK_PASS_SECONDS;
+    walk_reserve_seconds = fmin(walk_reserve_seconds + WALK_RESERVE_REFILL, WALK_RESERVE_SECONDS);
     expansion_cache_frame();
     ord_work_left = WALK_FRAME_WORK;
     ord_memory_limit = WALK_MEMORY_LIMIT;
@@ -65,7 +67,7 @@ void walk_line(TickCallback fn, WalkRecord r)
 {
     // one top for every walk, so that its expansions can be kept
     Ord top = expansion_cache_top();
-    segment_expand_budget = walk_pass_seconds;
+    segment_expand_budget = walk_pass_seconds > 0 ? walk_pass_seconds + walk_reserve_seconds : 0.0;
     segment_expand_spent = 0.0;
     r.ordlo = Ord_zero();
     r.ordhi = top;
@@ -74,6 +76,8 @@ void walk_line(TickCallback fn, WalkRecord r)
     r.ordlo_member = 0;
     r.too_deep = false;
     segment(fn, 0, r);
+    if (walk_pass_seconds > 0 && segment_expand_spent > walk_pass_seconds)
+        walk_reserve_seconds = fmax(0.0, walk_reserve_seconds - (segment_expand_spent - walk_pass_seconds));
 
     // the top ordinal gets its tick and label here
     WalkRecord end = r;

@@ -34,6 +34,16 @@ constexpr uint64_t WALK_FRAME_WORK = 1000000;
 // Seconds each pass of a frame may spend before it takes only kept
 // expansions: the frame rate stays up however deep the view.
 constexpr double WALK_PASS_SECONDS = 0.02;
+// Seconds a pass may spend beyond WALK_PASS_SECONDS, drawn from a reserve
+// that each frame refills by WALK_RESERVE_REFILL up to WALK_RESERVE_SECONDS:
+// a view entered cold (a jump, or kept expansions dropped) builds its whole
+// path in one longer frame instead of showing "too deep" bands for the next
+// few, while a view that needs more than a pass's share every frame drains
+// the reserve and gets the bands.
+constexpr double WALK_RESERVE_SECONDS = 0.1;
+constexpr double WALK_RESERVE_REFILL = 0.005;
+// The reserve now; the start value is WALK_RESERVE_SECONDS.
+extern double walk_reserve_seconds;
 // Term arrays the walks may hold in all, in bytes, before expansions are
 // refused: far below the machine, far above any view that draws in time.
 constexpr uint64_t WALK_MEMORY_LIMIT = (uint64_t)1 << 30;
@@ -45,7 +55,7 @@ constexpr uint64_t WALK_REST_WORK = 4000000;
 
 // A new frame of the viewer: expansions kept but not used for a few frames
 // go, the frame's work budget starts afresh, and each walk_line of the frame
-// gets WALK_PASS_SECONDS; a frame `at_rest` (the view as in the frame before)
+// gets WALK_PASS_SECONDS and what the reserve holds; a frame `at_rest` (the view as in the frame before)
 // may also take one step of WALK_REST_WORK. Tools that want every view whole
 // never call it.
 void walk_frame_start(bool at_rest);
