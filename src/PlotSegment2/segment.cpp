@@ -2,6 +2,7 @@
 #include "PlotSegment2/segment.h"
 
 #include <math.h>
+#include <sys/resource.h>
 
 #include "OrdBuchholz/ord_expand.h"
 #include "OrdBuchholz/expansion_cache.h"
@@ -15,6 +16,30 @@ int32_t segment_depth = 0;
 int64_t segment_too_deep = 0;
 double segment_expand_budget = 0.0;
 double segment_expand_spent = 0.0;
+size_t segment_stack_bytes = 0;
+// The stack address at the walk's outermost interval.
+static uintptr_t segment_stack_top = 0;
+
+static size_t stack_budget()
+{
+    struct rlimit limit;
+    // unlimited stacks still end where the next mapping starts
+    if (getrlimit(RLIMIT_STACK, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+        limit.rlim_cur > SEGMENT_STACK_ROOM)
+        return SEGMENT_STACK_ROOM / 2;
+    return (size_t)limit.rlim_cur / 2;
+}
+
+void segment_stack_room()
+{
+    struct rlimit limit;
+    if (getrlimit(RLIMIT_STACK, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+        limit.rlim_cur >= SEGMENT_STACK_ROOM)
+        return;
+    limit.rlim_cur = limit.rlim_max == RLIM_INFINITY || limit.rlim_max > SEGMENT_STACK_ROOM
+        ? SEGMENT_STACK_ROOM : limit.rlim_max;
+    setrlimit(RLIMIT_STACK, &limit);
+}
 
 // The next converging tick: 0.2983 of the way from p to xhi.
 static Bignum converge_step(Bignum xhi, Bignum p)
@@ -263,6 +288,15 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     }
     if (segment_depth_limit >= 0 && segment_depth_limit <= segment_depth) {
         fn(r);
+        return;
+    }
+    uintptr_t stack_at = (uintptr_t)__builtin_frame_address(0);
+    if (segment_depth == 0) {
+        segment_stack_top = stack_at;
+        if (segment_stack_bytes == 0)
+            segment_stack_bytes = stack_budget();
+    } else if (segment_stack_top - stack_at > segment_stack_bytes) {
+        too_deep_leaf(fn, r);
         return;
     }
 

@@ -9,6 +9,7 @@
 // work depends on what is on screen, not on how deep the zoom is.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "OrdBuchholz/expansion_cache.h"
@@ -63,6 +64,20 @@ extern int64_t segment_too_deep;
 // seconds to 0.
 extern double segment_expand_budget;
 extern double segment_expand_spent;
+
+// Bytes of stack one walk's nested intervals may take. A first child gets
+// all but 1.4/(k + 2) of its parent after k first-child steps, so where a long
+// descent of ordinals keeps the left end, the walk nests ten thousand levels
+// deep and more: past this budget an interval is a "too deep" leaf instead of
+// a stack overflow. 0, the start value, means half the stack the process may
+// grow to; the first walk sets it so.
+extern size_t segment_stack_bytes;
+// The stack segment_stack_room asks for: some 50,000 levels of walk.
+constexpr size_t SEGMENT_STACK_ROOM = (size_t)64 << 20;
+
+// Raises the process's stack limit to SEGMENT_STACK_ROOM where its hard limit
+// allows; programs call it first thing, before the stack has grown.
+void segment_stack_room();
 
 // Most converging ticks one interval may have; a view that needs more of them
 // (over 2,800 decades of zoom onto one limit) is a "too deep" leaf.

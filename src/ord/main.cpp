@@ -2,6 +2,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "PlotSegment2/segment.h"
 #include "ord/fpu_mode.h"
 #include "ord/program.h"
 
@@ -13,6 +14,7 @@ __attribute__((constructor)) static void ordline_fpu_mode()
 
 int main(int argc, char **argv)
 {
+    segment_stack_room();
     // the arguments joined by blanks; nobody reads them
     char *joined;
     if (argc >= 1) {

@@ -258,6 +258,20 @@ TEST(DeepTerms, ManyTermsAreSharedNotCopied)
 
 // Nesting of LEVELS levels, the bottom term given: psi_0(psi_0(...(bottom)))
 // or Omega_(Omega_(...)) through the subscript.
+// Past its stack budget a walk ends in "too deep" leaves and returns: where
+// a long descent of ordinals keeps the left end it nests ten thousand deep.
+TEST(DeepWalk, PastTheStackBudgetIsTooDeepNotAnOverflow)
+{
+    size_t kept = segment_stack_bytes;
+    int64_t before = segment_too_deep;
+    walk_view(540, 20, tick_record);
+    EXPECT_EQ(segment_too_deep, before);
+    segment_stack_bytes = 8 << 10;
+    walk_view(540, 20, tick_record);
+    segment_stack_bytes = kept;
+    EXPECT_GT(segment_too_deep, before);
+}
+
 static Ord nested(uint32_t levels, Ord bottom, bool through_sub)
 {
     Ord x = bottom;

@@ -2,6 +2,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "PlotSegment2/segment.h"
 #include "ord/fpu_mode.h"
 #include "tools/ordtool/ordtool.h"
 
@@ -52,6 +53,7 @@ static const char usage_text[] =
 
 int main(int argc, char **argv)
 {
+    segment_stack_room();
     if (argc < 2) {
         fputs(usage_text, stderr);
         return ORDTOOL_FAILED;
