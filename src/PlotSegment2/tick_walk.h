@@ -55,9 +55,9 @@ constexpr uint64_t WALK_REST_WORK = 4000000;
 
 // A new frame of the viewer: expansions kept but not used for a few frames
 // go, the frame's work budget starts afresh, and each walk_line of the frame
-// gets WALK_PASS_SECONDS and what the reserve holds; a frame `at_rest` (the view as in the frame before)
-// may also take one step of WALK_REST_WORK. Tools that want every view whole
-// never call it.
+// gets WALK_PASS_SECONDS and what the reserve holds; a frame `at_rest` (the
+// view as in the frame before) may also take one step of WALK_REST_WORK.
+// Tools that want every view whole never call it.
 void walk_frame_start(bool at_rest);
 
 // One pass over the whole line: takes the top ordinal, lays out the line
