@@ -272,6 +272,39 @@ TEST(DeepWalk, PastTheStackBudgetIsTooDeepNotAnOverflow)
     EXPECT_GT(segment_too_deep, before);
 }
 
+// Deep in a first-child chain the first child's weight quantises to the
+// whole interval: omega^2 above 0 would go on through omega, 1, 2, ... with
+// the same ends. It is one leaf instead.
+static int32_t stall_calls;
+static WalkRecord stall_leaf;
+static void count_stall(WalkRecord r)
+{
+    stall_calls++;
+    stall_leaf = r;
+}
+
+TEST(DeepWalk, AFirstChildAsWideAsItsParentEndsTheChain)
+{
+    OrdPool pool;
+    WalkRecord r = {};
+    r.xlo = Bignum_fromdouble(0), r.xhi = Bignum_fromdouble(100);
+    r.minsize = 1.0f, r.left = 0.0f, r.right = 640.0f;
+    r.ordlo = Ord_zero(), r.ordhi = pool.read("omega^2");
+    tick_arrays_rebuild(r.right);
+    stall_calls = 0;
+    int64_t before = segment_too_deep;
+    segment(count_stall, 30000, r);
+    EXPECT_EQ(stall_calls, 1);
+    EXPECT_EQ(segment_too_deep, before);
+    EXPECT_TRUE(!Bignum_lt(stall_leaf.xhi, r.xhi) && !Bignum_lt(r.xhi, stall_leaf.xhi));
+    // a chain that has not gone so far still divides it
+    stall_calls = 0;
+    segment(count_stall, 100, r);
+    EXPECT_GT(stall_calls, 5);
+    Bignum_free(r.xlo), Bignum_free(r.xhi);
+    pool.release();
+}
+
 static Ord nested(uint32_t levels, Ord bottom, bool through_sub)
 {
     Ord x = bottom;
