@@ -17,6 +17,7 @@ struct LabelMemoSlot {
     uint64_t life;    // expansion_cache_life of the entry; 0 for an empty slot
     int32_t member;
     uint32_t row;     // the row's toggles, one bit each
+    uint32_t limit;   // the bytes the text was made to at most
     bool cut;         // the text was cut at LABEL_TEXT_MAX
     char *text;       // the source, Greek done, not elided
     size_t capacity;  // bytes of text
@@ -33,32 +34,34 @@ static uint32_t row_bits(const NotationRow *row)
     return bits;
 }
 
-static LabelMemoSlot *memo_slot(uint64_t life, int32_t member, uint32_t row)
+static LabelMemoSlot *memo_slot(uint64_t life, int32_t member, uint32_t row, uint32_t limit)
 {
-    uint64_t h = life * 0x9E3779B97F4A7C15ull ^ ((uint64_t)(uint32_t)member << 8 | row);
+    uint64_t h = life * 0x9E3779B97F4A7C15ull ^ ((uint64_t)(uint32_t)member << 8 | row) ^
+                 (uint64_t)limit << 40;
     h = (h ^ (h >> 29)) * 0xBF58476D1CE4E5B9ull;
     return &label_memo[(h >> 32) & (LABEL_MEMO_SLOTS - 1)];
 }
 
-const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, bool *cut)
+const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
+                            bool *cut)
 {
     if (life == 0)
         return nullptr;
     uint32_t bits = row_bits(row);
-    const LabelMemoSlot *s = memo_slot(life, member, bits);
-    if (s->life != life || s->member != member || s->row != bits)
+    const LabelMemoSlot *s = memo_slot(life, member, bits, limit);
+    if (s->life != life || s->member != member || s->row != bits || s->limit != limit)
         return nullptr;
     *cut = s->cut;
     return s->text;
 }
 
-void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, const char *text,
-                     bool cut)
+void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
+                     const char *text, bool cut)
 {
     if (life == 0)
         return;
     uint32_t bits = row_bits(row);
-    LabelMemoSlot *s = memo_slot(life, member, bits);
+    LabelMemoSlot *s = memo_slot(life, member, bits, limit);
     size_t size = text_size(text);
     if (size > s->capacity) {
         char *grown = (char *)realloc(s->text, size);
@@ -71,5 +74,6 @@ void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, cons
     s->life = life;
     s->member = member;
     s->row = bits;
+    s->limit = limit;
     s->cut = cut;
 }

@@ -19,27 +19,43 @@
 // is expanded at all.
 static char label_buffer[MARKUP_CAPACITY(LABEL_TEXT_MAX)];
 
-// The text of x into buf, Greek letters done: at most LABEL_TEXT_MAX bytes are
-// made, and a text that was longer ends at its last whole term in the
-// ellipsis (the rest could never be read on the screen anyway). A member of a
-// kept expansion (life not 0) is written once while its entry lives.
-static void label_source_into(char *buf, size_t capacity, Ord x, NotationRow row,
-                              uint64_t life, int32_t member)
+// The text of x into buf, Greek letters done: at most `limit` bytes are made,
+// and a text that was longer ends at its last whole term in the ellipsis
+// (the rest could never be read on the screen anyway). A member of a kept
+// expansion (life not 0) is written once while its entry lives. Returns
+// whether the text was cut.
+static bool label_source_into(char *buf, size_t capacity, Ord x, NotationRow row,
+                              uint64_t life, int32_t member, uint32_t limit)
 {
     bool cut;
-    const char *kept = label_memo_find(life, member, &row, &cut);
+    const char *kept = label_memo_find(life, member, &row, limit, &cut);
     if (kept) {
         memcpy(buf, kept, text_size(kept));
     } else {
-        char *s = Ord_tostring_limit(x, &row, LABEL_TEXT_MAX, &cut);
+        char *s = Ord_tostring_limit(x, &row, limit, &cut);
         size_t length = strlen(s);
         memcpy(buf, s, length + 1);
         free(s);
         greek_expand(buf);
-        label_memo_keep(life, member, &row, buf, cut);
+        label_memo_keep(life, member, &row, limit, buf, cut);
     }
     if (cut)
         markup_elide(buf, capacity, INFINITY, true);
+    return cut;
+}
+
+// The source of a label line at most max_width wide, from only the first
+// LABEL_SHORT_MAX bytes of the text where they are enough: where what is
+// kept of them is already wider than the line, eliding to the width cuts it
+// where the whole text would be cut, so most labels of deep ordinals cost a
+// tenth of their LABEL_TEXT_MAX bytes. False, and buf undefined, otherwise.
+static bool label_source_short(char *buf, size_t capacity, Ord x, NotationRow row,
+                               uint64_t life, int32_t member, float max_width)
+{
+    if (!label_source_into(buf, capacity, x, row, life, member, LABEL_SHORT_MAX))
+        return true;
+    // the cut source ends in an ellipsis as wide as this at the most
+    return markup_width(buf) > max_width + markup_width(MARKUP_ELLIPSIS) + 1.0f;
 }
 
 char *label_source(Ord x, NotationRow row, size_t *capacity, uint64_t life, int32_t member)
@@ -48,7 +64,7 @@ char *label_source(Ord x, NotationRow row, size_t *capacity, uint64_t life, int3
     char *buf = (char *)malloc(*capacity);
     if (!buf)
         REPORT(REPORT_FATAL, "Out of memory for a label", 0);
-    label_source_into(buf, *capacity, x, row, life, member);
+    label_source_into(buf, *capacity, x, row, life, member, LABEL_TEXT_MAX);
     return buf;
 }
 
@@ -68,7 +84,9 @@ char *label_expand(char *source, size_t capacity)
 // life lives.
 static char *label_text_kept(Ord x, NotationRow row, float max_width, uint64_t life, int32_t member)
 {
-    label_source_into(label_buffer, sizeof label_buffer, x, row, life, member);
+    if (!(max_width > 0.0f) ||
+        !label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width))
+        label_source_into(label_buffer, sizeof label_buffer, x, row, life, member, LABEL_TEXT_MAX);
     if (max_width > 0.0f)
         markup_elide(label_buffer, sizeof label_buffer, max_width, false);
     return label_expand(label_buffer, sizeof label_buffer);

@@ -39,13 +39,20 @@ char *label_text(Ord x, NotationRow row, float max_width = 0.0f);
 // once while its entry lives, not every frame.
 char *label_record_text(WalkRecord r, NotationRow row, float max_width);
 
+// Bytes of a text that a label line of a given width is first made from: a
+// line is at most a third of the window wide, and so many bytes of even the
+// smallest script are wider.
+constexpr uint32_t LABEL_SHORT_MAX = 1024;
+
 // Label sources of kept members across frames (label_memo.cpp), by the life
-// of the entry (expansion_cache_life), the member and the row: the source
-// before the ellipsis, and whether it was cut at LABEL_TEXT_MAX. Life 0 is
-// never kept. A fixed number of slots: a new text may take an old one's.
-const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, bool *cut);
-void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, const char *text,
-                     bool cut);
+// of the entry (expansion_cache_life), the member, the row and the byte limit
+// it was made to: the source before the ellipsis, and whether it was cut at
+// that limit. Life 0 is never kept. A fixed number of slots: a new text may
+// take an old one's.
+const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
+                            bool *cut);
+void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
+                     const char *text, bool cut);
 
 // The same text before the script pass, for callers that cut it further
 // (markup_fit.h): a new heap block of *capacity bytes, elided beyond

@@ -622,6 +622,29 @@ TEST_F(TextStages, LabelsKeptStandInTheWindowClearOfEveryOtherText)
     }
 }
 
+// A label line is made from the head of its text where that is enough: it
+// must read as the whole text cut to the same width, narrow or wide, in
+// plain script and in a tower whose scripts shrink to the floor size.
+TEST_F(TextStages, ALabelFromTheHeadOfItsTextIsTheWholeTextCut)
+{
+    std::string chain, tower;
+    for (int i = 0; i < 300; i++)
+        chain += "psi_{0}(Omega_{", tower += "omega^{";
+    chain += "1", tower += "2";
+    for (int i = 0; i < 300; i++)
+        chain += "})", tower += "}";
+    for (const std::string &text : {chain, tower})
+        for (float width : {20.0f, 150.0f, 427.0f, 3000.0f, 40000.0f}) {
+            Ord x = pool.read(text.c_str());
+            size_t capacity;
+            char *whole = label_source(x, new_row_template, &capacity);
+            markup_elide(whole, capacity, width, false);
+            char *expected = label_expand(whole, capacity), *got = label_text(x, new_row_template, width);
+            EXPECT_EQ(bytes(got), bytes(expected)) << text.substr(0, 20) << " at " << width;
+            free(whole), free(expected), free(got);
+        }
+}
+
 TEST_F(TextStages, ReadoutKeepsToItsBand)
 {
     // long texts of every kind, at two sizes, above a panel of one row and of ten
