@@ -18,7 +18,7 @@ struct LabelMemoSlot {
     int32_t member;
     uint32_t row;     // the row's toggles, one bit each
     uint32_t limit;   // the bytes the text was made to at most
-    bool cut;         // the text was cut at LABEL_TEXT_MAX
+    bool cut;         // the text was cut at that limit
     char *text;       // the source, Greek done, not elided
     size_t capacity;  // bytes of text
 };

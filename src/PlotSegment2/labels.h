@@ -40,8 +40,8 @@ char *label_text(Ord x, NotationRow row, float max_width = 0.0f);
 char *label_record_text(WalkRecord r, NotationRow row, float max_width);
 
 // Bytes of a text that a label line of a given width is first made from: a
-// line is at most a third of the window wide, and so many bytes of even the
-// smallest script are wider.
+// line is at most a third of the window wide, and so many bytes are wider
+// unless most of them are deep scripts; such a text is made again in full.
 constexpr uint32_t LABEL_SHORT_MAX = 1024;
 
 // Label sources of kept members across frames (label_memo.cpp), by the life
