@@ -7,11 +7,14 @@
 #include "support/bitmapfonts/markup.h"
 #include "support/report/report.h"
 
-// Slots of the memo, a power of two: a frame shows some tens of labels of a
-// few rows each, and the read-out one more. A new text takes the slot of the
-// one it hashes to; at most this many texts of MARKUP_CAPACITY(LABEL_TEXT_MAX)
-// bytes are held.
-constexpr uint32_t LABEL_MEMO_SLOTS = 512;
+// Slots of the memo, a power of two, in sets of LABEL_MEMO_WAYS: a text may
+// stand in any slot of the set it hashes to, and a new one takes the slot
+// used longest ago. A frame may reach thousands of labels where a long
+// descent of ordinals crowds the line, and each is made anew every frame
+// unless it is kept here. The texts are mostly the LABEL_SHORT_MAX heads,
+// some 10 MB in all; only a text that needs more is kept longer.
+constexpr uint32_t LABEL_MEMO_SLOTS = 8192;
+constexpr uint32_t LABEL_MEMO_WAYS = 4;
 
 struct LabelMemoSlot {
     uint64_t life;    // expansion_cache_life of the entry; 0 for an empty slot
@@ -21,7 +24,10 @@ struct LabelMemoSlot {
     bool cut;         // the text was cut at that limit
     char *text;       // the source, Greek done, not elided
     size_t capacity;  // bytes of text
+    uint64_t used;    // label_memo_clock when last found or kept
 };
+
+static uint64_t label_memo_clock = 0;
 
 static LabelMemoSlot label_memo[LABEL_MEMO_SLOTS];
 
@@ -34,12 +40,19 @@ static uint32_t row_bits(const NotationRow *row)
     return bits;
 }
 
-static LabelMemoSlot *memo_slot(uint64_t life, int32_t member, uint32_t row, uint32_t limit)
+// The first slot of the set of the key.
+static LabelMemoSlot *memo_set(uint64_t life, int32_t member, uint32_t row, uint32_t limit)
 {
     uint64_t h = life * 0x9E3779B97F4A7C15ull ^ ((uint64_t)(uint32_t)member << 8 | row) ^
                  (uint64_t)limit << 40;
     h = (h ^ (h >> 29)) * 0xBF58476D1CE4E5B9ull;
-    return &label_memo[(h >> 32) & (LABEL_MEMO_SLOTS - 1)];
+    return &label_memo[((h >> 32) & (LABEL_MEMO_SLOTS / LABEL_MEMO_WAYS - 1)) * LABEL_MEMO_WAYS];
+}
+
+static bool memo_holds(const LabelMemoSlot *s, uint64_t life, int32_t member, uint32_t row,
+                       uint32_t limit)
+{
+    return s->life == life && s->member == member && s->row == row && s->limit == limit;
 }
 
 const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
@@ -48,11 +61,14 @@ const char *label_memo_find(uint64_t life, int32_t member, const NotationRow *ro
     if (life == 0)
         return nullptr;
     uint32_t bits = row_bits(row);
-    const LabelMemoSlot *s = memo_slot(life, member, bits, limit);
-    if (s->life != life || s->member != member || s->row != bits || s->limit != limit)
-        return nullptr;
-    *cut = s->cut;
-    return s->text;
+    LabelMemoSlot *set = memo_set(life, member, bits, limit);
+    for (uint32_t i = 0; i < LABEL_MEMO_WAYS; i++)
+        if (memo_holds(&set[i], life, member, bits, limit)) {
+            set[i].used = ++label_memo_clock;
+            *cut = set[i].cut;
+            return set[i].text;
+        }
+    return nullptr;
 }
 
 void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, uint32_t limit,
@@ -61,7 +77,17 @@ void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, uint
     if (life == 0)
         return;
     uint32_t bits = row_bits(row);
-    LabelMemoSlot *s = memo_slot(life, member, bits, limit);
+    LabelMemoSlot *set = memo_set(life, member, bits, limit);
+    // the slot of the same key, else the one used longest ago: an empty one first
+    LabelMemoSlot *s = &set[0];
+    for (uint32_t i = 0; i < LABEL_MEMO_WAYS; i++) {
+        if (memo_holds(&set[i], life, member, bits, limit)) {
+            s = &set[i];
+            break;
+        }
+        if (set[i].used < s->used)
+            s = &set[i];
+    }
     size_t size = text_size(text);
     if (size > s->capacity) {
         char *grown = (char *)realloc(s->text, size);
@@ -76,4 +102,5 @@ void label_memo_keep(uint64_t life, int32_t member, const NotationRow *row, uint
     s->row = bits;
     s->limit = limit;
     s->cut = cut;
+    s->used = ++label_memo_clock;
 }
