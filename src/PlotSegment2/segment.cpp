@@ -359,22 +359,6 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     Bignum p = r.xlo, q = {0, nullptr};
     // with the weights of the count's steps, its positions are the children's
     bool reuse = !counted && aw == CONVERGE_RATIO && bw == CONVERGE_COMPLEMENT;
-    if (!reuse) {
-        q = Bignum_lincomb(r.xhi, p, bw, aw);
-        // after some 28,000 first-child steps the weights quantise to 1 and
-        // 0: the first child would be the whole interval again, and again
-        // below it for as long as the descent of ordinals lasts, which is
-        // often longer than any walk can go. Positions cannot part it: a leaf.
-        if (!Bignum_lt(q, r.xhi) && c > m && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
-            Bignum_free(q);
-            Bignum_free(T);
-            steps_free(&steps);
-            segment_members_free(&members);
-            fn(r);
-            segment_depth--;
-            return;
-        }
-    }
     // where the ticks were counted, not stepped, the children before the
     // view are passed over once, by a jump
     bool skipped_ahead = false;
@@ -396,6 +380,16 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
             child.ordhi = seq[m + i];
             child_k = i ? 0 : k + 1;
         } else if (i == 0) {
+            q = Bignum_lincomb(r.xhi, p, bw, aw);
+            // after some 28,000 first-child steps the weights quantise to 1
+            // and 0: the first child would be the whole interval again, and
+            // again below it for as long as the descent of ordinals lasts,
+            // which is often longer than any walk can go. Positions cannot
+            // part it: a leaf.
+            if (!Bignum_lt(q, r.xhi)) {
+                fn(r);
+                break;
+            }
             child.ordhi = seq[m];
             child_k = k + 1;
         } else {
