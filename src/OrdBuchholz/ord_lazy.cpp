@@ -251,11 +251,14 @@ Ord Ord_force(Ord x)
         r = place->rope;
         at = place->at;
     }
-    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
+    // forced before: no descent of the rope
     OrdMap *memo = r->temporary ? &forced_temporary : &forced_kept;
     OrdMapSlot *slot = OrdMap_find(memo, x);
-    if (slot)
-        return Ord{f->level.count, ((ForcedArray *)slot->value)->terms};
+    if (slot) {
+        ForcedArray *kept = (ForcedArray *)slot->value;
+        return Ord{kept->count, kept->terms};
+    }
+    const RopeFrame *f = rope_frame_get(rope_frame_at(r, at));
 
     // the frame's terms, with the rest of the chain in the field it follows
     size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);

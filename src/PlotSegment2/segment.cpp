@@ -197,6 +197,25 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted, DynA
     return n;
 }
 
+// The children after the first that the loop of segment enters where the
+// first child's weights are (aw, bw): the converging steps from its right end
+// that stay before T and the view's right edge, counted up to `most`. Two
+// members may be skipped before the first child, and the loop tests each
+// position one child late, so the children need this count plus four members.
+static int32_t steps_after_first(WalkRecord r, Bignum T, double aw, double bw, int32_t most)
+{
+    Bignum p = Bignum_lincomb(r.xhi, r.xlo, bw, aw);
+    int32_t j = 0;
+    while (j < most && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+        Bignum next = converge_step(r.xhi, p);
+        Bignum_free(p);
+        p = next;
+        j++;
+    }
+    Bignum_free(p);
+    return j;
+}
+
 // The members of an interval's sequence: kept ones, or an expansion of this
 // walk's own when the cache cannot keep them (it is full, or the limit belongs
 // to such an expansion).
@@ -272,6 +291,16 @@ static void too_deep_leaf(TickCallback fn, WalkRecord r)
     fn(r);
 }
 
+// The interval is a "too deep" leaf after all, its members refused: what the
+// layout made for it is freed.
+static void members_refused(TickCallback fn, WalkRecord r, Bignum T, DynArray *steps)
+{
+    Bignum_free(T);
+    steps_free(steps);
+    too_deep_leaf(fn, r);
+    segment_depth--;
+}
+
 void segment(TickCallback fn, int32_t k, WalkRecord r)
 {
     // wholly left or wholly right of the view
@@ -319,24 +348,36 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     int32_t n = converging_tick_count(r, T, &counted, &steps);
     SegmentMembers members = {nullptr, CACHE_OFF, OrdExpansion{}};
     // the sequence with just the length the tick count asks for
-    int32_t c = n + 2;
+    int32_t c = n + 2, c_all = c;
+    // a first child ending in a limit (the usual case) takes the larger
+    // share, and the children after it are then fewer than the ticks counted
+    // from xlo, often none: only those are asked for, as expanding deep
+    // ordinals is most of a walk's cost. The first child decides the share,
+    // so if it turns out otherwise all are asked for after all.
+    double share = CONVERGE_RATIO * g;
+    bool fewer = !counted && n > 2 && !(share == CONVERGE_RATIO && 1.0 - share == CONVERGE_COMPLEMENT);
+    if (fewer)
+        c = steps_after_first(r, T, share, 1.0 - share, n - 2) + 4;
     if (n < 0 || !segment_members(r, c, &members)) {
-        Bignum_free(T);
-        steps_free(&steps);
-        too_deep_leaf(fn, r);
-        segment_depth--;
+        members_refused(fn, r, T, &steps);
         return;
     }
     int32_t m = skipped_members(members.seq, members.entry, c, r.ordlo);
+    if (c < c_all && (m > 2 || c <= m || Ord_issuccessor(members.seq[m]))) {
+        c = c_all;
+        segment_members_free(&members);
+        if (!segment_members(r, c, &members)) {
+            members_refused(fn, r, T, &steps);
+            return;
+        }
+        m = skipped_members(members.seq, members.entry, c, r.ordlo);
+    }
     // the n ticks must start behind the skipped members
     while (m > 2) {
         c = n + m;
         segment_members_free(&members);
         if (!segment_members(r, c, &members)) {
-            Bignum_free(T);
-            steps_free(&steps);
-            too_deep_leaf(fn, r);
-            segment_depth--;
+            members_refused(fn, r, T, &steps);
             return;
         }
         m = skipped_members(members.seq, members.entry, c, r.ordlo);
