@@ -393,8 +393,9 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
         aw = CONVERGE_RATIO;
         bw = CONVERGE_COMPLEMENT;
     } else {
-        aw = CONVERGE_RATIO * g;
-        bw = 1.0 - aw;
+        // the share the children were counted with
+        aw = share;
+        bw = 1.0 - share;
     }
 
     Bignum p = r.xlo, q = {0, nullptr};
