@@ -10,20 +10,75 @@
 
 uint64_t ord_lazy_bytes = 0;
 
+// Forced arrays and places are made by the hundred thousand in a frame
+// crowded with deep ordinals and all let go at once at the next: one heap
+// block each made the letting go cost more than the frame (and the heap's
+// free lists went over 400 MB). They are bumped from blocks of their own,
+// let go a block at a time.
+struct BumpBlock {
+    BumpBlock *next;
+    size_t used, size;
+    alignas(16) unsigned char data[];
+};
+struct Bump {
+    BumpBlock *blocks;  // the newest first
+};
+constexpr size_t BUMP_BLOCK_BYTES = (size_t)1 << 20;
+
+static void *bump_alloc(Bump *b, size_t bytes)
+{
+    bytes = (bytes + 15) & ~(size_t)15;
+    BumpBlock *top = b->blocks;
+    if (!top || top->size - top->used < bytes) {
+        size_t size = bytes > BUMP_BLOCK_BYTES ? bytes : BUMP_BLOCK_BYTES;
+        top = (BumpBlock *)malloc(sizeof(BumpBlock) + size);
+        if (!top)
+            REPORT(REPORT_FATAL, "Out of memory for the values of compressed ordinals", 0);
+        *top = BumpBlock{b->blocks, 0, size};
+        b->blocks = top;
+    }
+    void *at = top->data + top->used;
+    top->used += bytes;
+    return at;
+}
+
+// Lets go of everything; one block of the usual size stays for the next frame.
+static void bump_reset(Bump *b)
+{
+    BumpBlock *spare = nullptr;
+    for (BumpBlock *k = b->blocks, *next; k; k = next) {
+        next = k->next;
+        if (!spare && k->size == BUMP_BLOCK_BYTES) {
+            spare = k;
+            continue;
+        }
+        free(k);
+    }
+    if (spare)
+        *spare = BumpBlock{nullptr, 0, BUMP_BLOCK_BYTES};
+    b->blocks = spare;
+}
+
 // Forced arrays by rope: those of persistent ropes, and those of temporary
-// ones, each valid while the store has not been emptied since.
-static OrdMap forced_kept, forced_temporary;
+// ones, each valid while the store has not been emptied since; each memo's
+// arrays in a bump of its own, with their bytes.
+struct ForcedMemo {
+    OrdMap map;
+    Bump mem;
+    uint64_t bytes;
+};
+static ForcedMemo forced_kept, forced_temporary;
 static bool forced_ready = false;
 static uint64_t forced_clears = 0, forced_rewinds = 0;
 
-static void forced_drop(OrdMap *memo);
+static void forced_drop(ForcedMemo *memo);
 
 // Drops what a store emptied since the last look has made stale.
 static void forced_check()
 {
     if (!forced_ready) {
-        OrdMap_init(&forced_kept, 1024);
-        OrdMap_init(&forced_temporary, 1024);
+        OrdMap_init(&forced_kept.map, 1024);
+        OrdMap_init(&forced_temporary.map, 1024);
         forced_ready = true;
     }
     if (forced_clears != rope_clears)
@@ -52,6 +107,7 @@ struct LazyPlace {
 struct PlaceTable {
     LazyPlace **slots;
     uint32_t capacity, count;
+    Bump mem;  // the places themselves
 };
 struct PlaceTables {
     PlaceTable kept, temporary;
@@ -62,17 +118,17 @@ struct PlaceTables {
 // whose rests rope_rest has cut, which comparisons and printing ask for again
 // and again (a cut costs the height of the rope in joins), kept as long as
 // their store.
-static PlaceTables places = {{nullptr, 0, 0}, {nullptr, 0, 0}, 0, 0, true};
-static PlaceTables rests = {{nullptr, 0, 0}, {nullptr, 0, 0}, 0, 0, false};
+static PlaceTables places = {{nullptr, 0, 0, {nullptr}}, {nullptr, 0, 0, {nullptr}}, 0, 0, true};
+static PlaceTables rests = {{nullptr, 0, 0, {nullptr}}, {nullptr, 0, 0, {nullptr}}, 0, 0, false};
 
 static void places_empty(PlaceTable *t, bool counted)
 {
     if (counted)
         ord_lazy_bytes -= (uint64_t)t->count * sizeof(LazyPlace);
-    for (uint32_t i = 0; i < t->capacity; i++)
-        free(t->slots[i]);
+    bump_reset(&t->mem);
     free(t->slots);
-    *t = PlaceTable{nullptr, 0, 0};
+    t->slots = nullptr;
+    t->capacity = t->count = 0;
 }
 
 static uint32_t place_slot(const PlaceTable *t, RopeNode *r, RopeLen at)
@@ -109,9 +165,7 @@ static LazyPlace *place_record(PlaceTables *ts, RopeNode *r, RopeLen at)
     }
     uint32_t i = place_slot(t, r, at);
     if (!t->slots[i]) {
-        LazyPlace *p = (LazyPlace *)malloc(sizeof(LazyPlace));
-        if (!p)
-            REPORT(REPORT_FATAL, "Out of memory for places in compressed ordinals", 0);
+        LazyPlace *p = (LazyPlace *)bump_alloc(&t->mem, sizeof(LazyPlace));
         *p = LazyPlace{r, at, nullptr};
         t->slots[i] = p;
         t->count++;
@@ -252,8 +306,8 @@ Ord Ord_force(Ord x)
         at = place->at;
     }
     // forced before: no descent of the rope
-    OrdMap *memo = r->temporary ? &forced_temporary : &forced_kept;
-    OrdMapSlot *slot = OrdMap_find(memo, x);
+    ForcedMemo *memo = r->temporary ? &forced_temporary : &forced_kept;
+    OrdMapSlot *slot = OrdMap_find(&memo->map, x);
     if (slot) {
         ForcedArray *kept = (ForcedArray *)slot->value;
         return Ord{kept->count, kept->terms};
@@ -262,9 +316,7 @@ Ord Ord_force(Ord x)
 
     // the frame's terms, with the rest of the chain in the field it follows
     size_t bytes = (size_t)f->level.count * sizeof(OrdTerm);
-    ForcedArray *forced = (ForcedArray *)malloc(sizeof(ForcedArray) + bytes);
-    if (!forced)
-        REPORT(REPORT_FATAL, "Out of memory for the terms of a compressed ordinal", 0);
+    ForcedArray *forced = (ForcedArray *)bump_alloc(&memo->mem, sizeof(ForcedArray) + bytes);
     forced->count = f->level.count;
     OrdTerm *terms = forced->terms;
     memcpy(terms, f->level.terms, bytes);
@@ -279,8 +331,9 @@ Ord Ord_force(Ord x)
         (f->hole == ROPE_ARG ? last->arg : last->sub) = rest;
     }
     ord_lazy_bytes += sizeof(ForcedArray) + bytes;
+    memo->bytes += sizeof(ForcedArray) + bytes;
     bool added;
-    OrdMap_insert(memo, x, &added)->value = forced;
+    OrdMap_insert(&memo->map, x, &added)->value = forced;
     return Ord{f->level.count, terms};
 }
 
@@ -312,20 +365,15 @@ RopeNode *rope_wrap(RopeNode *above, RopeNode *y)
     return rope_concat(rope_take(above, RopeLen_sub(n, one)), Ord_rope(f->level));
 }
 
-// Frees the arrays a memo holds and empties it; the ropes they were forced
-// from may be gone already.
-static void forced_drop(OrdMap *memo)
+// Lets go of the arrays a memo holds and empties it; the ropes they were
+// forced from may be gone already.
+static void forced_drop(ForcedMemo *memo)
 {
-    for (uint32_t i = 0; i < memo->capacity; i++) {
-        OrdMapSlot *s = &memo->slots[i];
-        if (!s->terms)
-            continue;
-        ForcedArray *f = (ForcedArray *)s->value;
-        ord_lazy_bytes -= sizeof(ForcedArray) + (uint64_t)f->count * sizeof(OrdTerm);
-        free(f);
-    }
-    OrdMap_free(memo);
-    OrdMap_init(memo, 1024);
+    ord_lazy_bytes -= memo->bytes;
+    memo->bytes = 0;
+    bump_reset(&memo->mem);
+    OrdMap_free(&memo->map);
+    OrdMap_init(&memo->map, 1024);
 }
 
 void ord_lazy_trim()
