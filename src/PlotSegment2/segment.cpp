@@ -301,6 +301,17 @@ static void members_refused(TickCallback fn, WalkRecord r, Bignum T, DynArray *s
     segment_depth--;
 }
 
+// The members asked for again, c of them this time, and how many of them
+// are skipped; false if the work limits refuse them.
+static bool members_again(WalkRecord r, int32_t c, SegmentMembers *members, int32_t *m)
+{
+    segment_members_free(members);
+    if (!segment_members(r, c, members))
+        return false;
+    *m = skipped_members(members->seq, members->entry, c, r.ordlo);
+    return true;
+}
+
 void segment(TickCallback fn, int32_t k, WalkRecord r)
 {
     // wholly left or wholly right of the view
@@ -365,22 +376,18 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     int32_t m = skipped_members(members.seq, members.entry, c, r.ordlo);
     if (c < c_all && (m > 2 || c <= m || Ord_issuccessor(members.seq[m]))) {
         c = c_all;
-        segment_members_free(&members);
-        if (!segment_members(r, c, &members)) {
+        if (!members_again(r, c, &members, &m)) {
             members_refused(fn, r, T, &steps);
             return;
         }
-        m = skipped_members(members.seq, members.entry, c, r.ordlo);
     }
     // the n ticks must start behind the skipped members
     while (m > 2) {
         c = n + m;
-        segment_members_free(&members);
-        if (!segment_members(r, c, &members)) {
+        if (!members_again(r, c, &members, &m)) {
             members_refused(fn, r, T, &steps);
             return;
         }
-        m = skipped_members(members.seq, members.entry, c, r.ordlo);
         REPORT(REPORT_WARNING, "Retry loop needed in segment()", 0);
         if (n + m <= c)
             break;
