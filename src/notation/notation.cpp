@@ -353,11 +353,15 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
     text_reserve(&s, 0);
     s.data[0] = 0;
     task_ord(x, false);
+    // text left unwritten: a text that ends right at the limit is cut too
+    bool more = false;
     while (print_count) {
         PrintTask k = print_tasks[--print_count];
         // past the limit only the releases of temporaries are left to do
-        if (s.len >= limit && k.step != PRINT_FREE)
+        if (s.len >= limit && k.step != PRINT_FREE) {
+            more = more || k.step != PRINT_TEXT || k.text[0];
             continue;
+        }
         switch (k.step) {
         case PRINT_TEXT:
             text_append(&s, k.text);
@@ -385,8 +389,8 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
             break;
         }
     }
-    *cut = s.len > limit;
-    if (*cut) {
+    *cut = more || s.len > limit;
+    if (s.len > limit) {
         s.len = limit;
         s.data[limit] = 0;
     }

@@ -325,14 +325,18 @@ TEST_P(Deep, NestingCostsHeapNotStack)
     EXPECT_EQ(Ord_cmp(a, c), 0);
     Ord_free(c);
 
-    // the text: "psi_{0}(" and ")" a level around the bottom's text; cut at 100 bytes
+    // the text: "psi_{0}(" and ")" a level around the bottom's text; cut at
+    // 100 bytes, and at 96, where twelve levels end right at the limit
     NotationRow psi = row_of("000000");
-    bool cut;
-    char *s = Ord_tostring(a, &psi), *head = Ord_tostring_limit(a, &psi, 100, &cut);
+    char *s = Ord_tostring(a, &psi);
     EXPECT_EQ(strlen(s), LEVELS * 9 + strlen("psi_{0}(psi_{0}(0))"));
-    EXPECT_TRUE(cut && strlen(head) == 100u);
     free(s);
-    free(head);
+    for (size_t limit : {100u, 96u}) {
+        bool cut = false;
+        char *head = Ord_tostring_limit(a, &psi, limit, &cut);
+        EXPECT_TRUE(cut && strlen(head) == limit) << limit;
+        free(head);
+    }
 
     // expansion down a chain of limit arguments, and a template through
     // limit subscripts: Omega_(Omega_(...(Omega_2)))
