@@ -11,8 +11,9 @@
 // stand in any slot of the set it hashes to, and a new one takes the slot
 // used longest ago. A frame may reach thousands of labels where a long
 // descent of ordinals crowds the line, and each is made anew every frame
-// unless it is kept here. The texts are mostly the LABEL_SHORT_MAX heads,
-// some 10 MB in all; only a text that needs more is kept longer.
+// unless it is kept here. The texts are mostly heads of LABEL_HEAD_MAX or
+// LABEL_SHORT_MAX bytes, at most some 10 MB in all; only a text that needs
+// more is kept longer.
 constexpr uint32_t LABEL_MEMO_SLOTS = 8192;
 constexpr uint32_t LABEL_MEMO_WAYS = 4;
 

@@ -45,14 +45,14 @@ static bool label_source_into(char *buf, size_t capacity, Ord x, NotationRow row
 }
 
 // The source of a label line at most max_width wide, from only the first
-// LABEL_SHORT_MAX bytes of the text where they are enough: where what is
-// kept of them is already wider than the line, eliding to the width cuts it
-// where the whole text would be cut, so most labels of deep ordinals cost a
-// tenth of their LABEL_TEXT_MAX bytes. False, and buf undefined, otherwise.
+// `limit` bytes of the text where they are enough: where what is kept of them
+// is already wider than the line, eliding to the width cuts it where the
+// whole text would be cut, so most labels of deep ordinals cost a small part
+// of their LABEL_TEXT_MAX bytes. False, and buf undefined, otherwise.
 static bool label_source_short(char *buf, size_t capacity, Ord x, NotationRow row,
-                               uint64_t life, int32_t member, float max_width)
+                               uint64_t life, int32_t member, float max_width, uint32_t limit)
 {
-    if (!label_source_into(buf, capacity, x, row, life, member, LABEL_SHORT_MAX))
+    if (!label_source_into(buf, capacity, x, row, life, member, limit))
         return true;
     // the cut source ends in an ellipsis as wide as this at the most
     return markup_width(buf) > max_width + markup_width(MARKUP_ELLIPSIS) + 1.0f;
@@ -85,7 +85,10 @@ char *label_expand(char *source, size_t capacity)
 static char *label_text_kept(Ord x, NotationRow row, float max_width, uint64_t life, int32_t member)
 {
     if (!(max_width > 0.0f) ||
-        !label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width))
+        (!label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width,
+                             LABEL_HEAD_MAX) &&
+         !label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width,
+                             LABEL_SHORT_MAX)))
         label_source_into(label_buffer, sizeof label_buffer, x, row, life, member, LABEL_TEXT_MAX);
     if (max_width > 0.0f)
         markup_elide(label_buffer, sizeof label_buffer, max_width, false);

@@ -43,6 +43,10 @@ char *label_record_text(WalkRecord r, NotationRow row, float max_width);
 // line is at most a third of the window wide, and so many bytes are wider
 // unless most of them are deep scripts; such a text is made again in full.
 constexpr uint32_t LABEL_SHORT_MAX = 1024;
+// Bytes tried before those: a crowded frame makes thousands of label texts,
+// and a deep ordinal's head of nested scripts at the smallest script size
+// fills the widest line (a third of a 1280-pixel window) in about this many.
+constexpr uint32_t LABEL_HEAD_MAX = 256;
 
 // Label sources of kept members across frames (label_memo.cpp), by the life
 // of the entry (expansion_cache_life), the member, the row and the byte limit
