@@ -328,22 +328,25 @@ static void print_term(NotationText *s, const OrdTerm *t, const NotationRow *row
 }
 
 // After a form with coefficient c: ".c", or without "alpha.n" the form c - 1
-// times more, copied from the text, as far as `limit` wants.
-static void print_repeat(NotationText *s, const OrdTerm *t, size_t start, const NotationRow *row,
+// times more, copied from the text, as far as `limit` wants. Returns whether
+// copies were left unwritten.
+static bool print_repeat(NotationText *s, const OrdTerm *t, size_t start, const NotationRow *row,
                          size_t limit)
 {
     if (row_on(row, TOGGLE_DOT)) {
         text_append_uint(s, ".", t->coef);
-        return;
+        return false;
     }
     size_t n = s->len - start;
-    for (uint32_t k = 1; k < t->coef && s->len < limit; k++) {
+    uint32_t k = 1;
+    for (; k < t->coef && s->len < limit; k++) {
         text_reserve(s, n + 1);
         s->data[s->len++] = '+';
         memcpy(s->data + s->len, s->data + start, n);
         s->len += n;
     }
     s->data[s->len] = 0;
+    return k < t->coef;
 }
 
 char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
@@ -382,7 +385,8 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
             print_term(&s, k.t, row);
             break;
         case PRINT_REPEAT:
-            print_repeat(&s, k.t, k.start, row, limit);
+            if (print_repeat(&s, k.t, k.start, row, limit))
+                more = true;
             break;
         case PRINT_FREE:
             Ord_freearray(k.x);

@@ -14,6 +14,7 @@ TEST_P(Notation, TablesInEveryRow)
     static const std::vector<NotationCase> more = {
         {"Omega_{2}.3+omega.2+4", "111111", "Omega_{2}.3+omega.2+4"},
         {"Omega_{2}.3+omega.2+4", "101111", "Omega_{2}+Omega_{2}+Omega_{2}+omega+omega+4"},
+        {"omega.3", "101111", "omega+omega+omega"},
         {"psi_{0}(psi_{0}(2).2)", "101111", "omega^{omega^{2}+omega^{2}}"},
         // epsilon off: an epsilon number is psi, not varphi_1, even with varphi on
         {"psi_{0}(Omega.2)", "111011", "psi_{0}(Omega.2)"},
@@ -26,6 +27,18 @@ TEST_P(Notation, TablesInEveryRow)
     for (const auto *table : {&notation_cases(), &more})
         for (const NotationCase &c : *table)
             EXPECT_EQ(text_of(pool.read(c.x), c.bits), c.text) << c.x << " in row " << c.bits;
+    // a head made to any limit is the text's first bytes, and cut unless it is all of it
+    for (const NotationCase &c : more) {
+        NotationRow row = row_of(c.bits);
+        std::string text = c.text;
+        for (size_t limit = 0; limit <= text.size() + 1; limit++) {
+            bool cut;
+            char *head = Ord_tostring_limit(pool.read(c.x), &row, limit, &cut);
+            EXPECT_EQ(head, text.substr(0, limit)) << c.x << " to " << limit;
+            EXPECT_EQ(cut, limit < text.size()) << c.x << " to " << limit;
+            free(head);
+        }
+    }
 }
 
 TEST_P(Notation, NamedOrdinalsAreFoundByTheirText)
