@@ -84,11 +84,14 @@ char *label_expand(char *source, size_t capacity)
 // life lives.
 static char *label_text_kept(Ord x, NotationRow row, float max_width, uint64_t life, int32_t member)
 {
-    if (!(max_width > 0.0f) ||
-        (!label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width,
-                             LABEL_HEAD_MAX) &&
-         !label_source_short(label_buffer, sizeof label_buffer, x, row, life, member, max_width,
-                             LABEL_SHORT_MAX)))
+    // the heads first, each tried only where the one before was not enough
+    static const uint32_t heads[] = {LABEL_HEAD_MAX, LABEL_SHORT_MAX};
+    bool made = false;
+    for (uint32_t limit : heads)
+        if (!made && max_width > 0.0f)
+            made = label_source_short(label_buffer, sizeof label_buffer, x, row, life, member,
+                                      max_width, limit);
+    if (!made)
         label_source_into(label_buffer, sizeof label_buffer, x, row, life, member, LABEL_TEXT_MAX);
     if (max_width > 0.0f)
         markup_elide(label_buffer, sizeof label_buffer, max_width, false);

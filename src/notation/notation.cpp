@@ -328,25 +328,22 @@ static void print_term(NotationText *s, const OrdTerm *t, const NotationRow *row
 }
 
 // After a form with coefficient c: ".c", or without "alpha.n" the form c - 1
-// times more, copied from the text, as far as `limit` wants. Returns whether
-// copies were left unwritten.
-static bool print_repeat(NotationText *s, const OrdTerm *t, size_t start, const NotationRow *row,
+// times more, copied from the text, until it runs past `limit`.
+static void print_repeat(NotationText *s, const OrdTerm *t, size_t start, const NotationRow *row,
                          size_t limit)
 {
     if (row_on(row, TOGGLE_DOT)) {
         text_append_uint(s, ".", t->coef);
-        return false;
+        return;
     }
     size_t n = s->len - start;
-    uint32_t k = 1;
-    for (; k < t->coef && s->len < limit; k++) {
+    for (uint32_t k = 1; k < t->coef && s->len <= limit; k++) {
         text_reserve(s, n + 1);
         s->data[s->len++] = '+';
         memcpy(s->data + s->len, s->data + start, n);
         s->len += n;
     }
     s->data[s->len] = 0;
-    return k < t->coef;
 }
 
 char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
@@ -356,15 +353,12 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
     text_reserve(&s, 0);
     s.data[0] = 0;
     task_ord(x, false);
-    // text left unwritten: a text that ends right at the limit is cut too
-    bool more = false;
     while (print_count) {
         PrintTask k = print_tasks[--print_count];
-        // past the limit only the releases of temporaries are left to do
-        if (s.len >= limit && k.step != PRINT_FREE) {
-            more = more || k.step != PRINT_TEXT || k.text[0];
+        // one byte past the limit tells that the text is longer; from there
+        // only the releases of temporaries are left to do
+        if (s.len > limit && k.step != PRINT_FREE)
             continue;
-        }
         switch (k.step) {
         case PRINT_TEXT:
             text_append(&s, k.text);
@@ -385,16 +379,15 @@ char *Ord_tostring_limit(Ord x, const NotationRow *row, size_t limit, bool *cut)
             print_term(&s, k.t, row);
             break;
         case PRINT_REPEAT:
-            if (print_repeat(&s, k.t, k.start, row, limit))
-                more = true;
+            print_repeat(&s, k.t, k.start, row, limit);
             break;
         case PRINT_FREE:
             Ord_freearray(k.x);
             break;
         }
     }
-    *cut = more || s.len > limit;
-    if (s.len > limit) {
+    *cut = s.len > limit;
+    if (*cut) {
         s.len = limit;
         s.data[limit] = 0;
     }
