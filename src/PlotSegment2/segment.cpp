@@ -152,9 +152,45 @@ static Bignum converging_stop(WalkRecord r)
     return stop;
 }
 
+// How far the distance left to xhi, after any number of converging steps,
+// strays from the first distance times 0.7017 per step, in pixels: a step
+// rounds by less than 1.5 ten-thousandths of a pixel (0.5 to nearest, and one
+// more where a one-limb number rounds toward zero), and the strays shrink with
+// the distance, so they add up to less than 1.5 / 0.2983 of them.
+constexpr double CONVERGE_DRIFT = 0.0006;
+
+// The first converging step whose distance left to xhi is no more than
+// `stop`, from a position at distance d that is more (the step count from
+// it), when logarithms decide it: the steps just before and at the crossing
+// lie further from it than the drift can reach. False where they do not, or
+// past `most` steps. The steps then need not be made to be counted.
+static bool first_step_within(Bignum d, Bignum stop, int32_t most, int32_t *step)
+{
+    double ld = Bignum_log(d), ls = Bignum_log(stop);
+    // a stop of under 0.1 px leaves the drift too large a share of it
+    if (!(ls > -2.3 && ld > ls))
+        return false;
+    double j = ceil((ld - ls) / CONVERGE_LOG_STEP);
+    if (j < 1.0)
+        j = 1.0;
+    if (j > most)
+        return false;
+    // the logarithms' own rounding is far below this
+    constexpr double margin = 1e-9;
+    double drift = CONVERGE_DRIFT * exp(-ls);
+    bool before_beyond = j == 1.0 || ld - (j - 1.0) * CONVERGE_LOG_STEP - margin > ls + log1p(drift);
+    bool at_within = drift < 0.5 && ld - j * CONVERGE_LOG_STEP + margin < ls + log1p(-drift);
+    if (!before_beyond || !at_within)
+        return false;
+    *step = (int32_t)j;
+    return true;
+}
+
 // The positions stepped are appended to `steps` (the caller frees them): the
 // children are laid out on the same positions where their weights agree.
-static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted, DynArray *steps)
+// Unless `positions`, a count that logarithms decide leaves them unmade: the
+// children's weights will differ, or the loop of segment makes them.
+static int32_t converging_tick_count(WalkRecord r, Bignum T, bool positions, bool *counted, DynArray *steps)
 {
     int32_t n = 0;
     Bignum p = r.xlo, q = {0, nullptr};
@@ -173,6 +209,18 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool *counted, DynA
             *counted = true;
             return estimate + 10 < SEGMENT_MAX_TICKS ? (int32_t)estimate + 10 : -1;
         }
+    }
+    // (the comparisons with the right edge are exact where it is not negative)
+    if (!positions && r.right >= 0.0f && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+        // xlo is tested twice, then each step but the last: one more tick
+        // than the steps before the first one within the stop
+        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
+        int32_t within;
+        bool decided = first_step_within(d, stop, SEGMENT_STEPPED_TICKS - 1, &within);
+        Bignum_free(d);
+        Bignum_free(stop);
+        if (decided)
+            return within + 1;
     }
     while (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         if (n > 0)
@@ -356,7 +404,7 @@ void segment(TickCallback fn, int32_t k, WalkRecord r)
     bool counted;
     DynArray steps;
     DynArray_init(&steps, sizeof(Bignum), 16);
-    int32_t n = converging_tick_count(r, T, &counted, &steps);
+    int32_t n = converging_tick_count(r, T, k == 0, &counted, &steps);
     SegmentMembers members = {nullptr, CACHE_OFF, OrdExpansion{}};
     // the sequence with just the length the tick count asks for
     int32_t c = n + 2, c_all = c;
