@@ -402,13 +402,30 @@ void ord_lazy_clear()
 static DynArray collect_work;  // of Ord: values still to mark
 static OrdMap collect_seen;    // term arrays marked, by identity
 static bool collect_ready = false;
+// Arrays the last collection marked: the next map starts at that size
+// instead of growing to it again.
+static uint32_t collect_seen_last = 1024;
+// The arrays marked last, by a hash of their address: the members of an
+// expansion are arrays of their own whose terms mostly hold the same few
+// arrays, met again and again; this catches them without a look into the map.
+constexpr uint32_t COLLECT_RECENT_SLOTS = 4096;
+static Ord collect_recent[COLLECT_RECENT_SLOTS];
+
+static Ord *recent_slot(Ord y)
+{
+    uint64_t h = (uint64_t)(uintptr_t)y.terms * 0x9E3779B97F4A7C15ull;
+    return &collect_recent[h >> 52];
+}
 
 // The sub and arg of every term of y, queued to be marked.
 static void queue_fields(Ord y)
 {
+    // (zeros, most of the fields, hold nothing)
     for (uint32_t i = 0; i < y.count; i++) {
-        DynArray_append(&collect_work, &y.terms[i].sub);
-        DynArray_append(&collect_work, &y.terms[i].arg);
+        if (y.terms[i].sub.count)
+            DynArray_append(&collect_work, &y.terms[i].sub);
+        if (y.terms[i].arg.count)
+            DynArray_append(&collect_work, &y.terms[i].arg);
     }
 }
 
@@ -424,7 +441,8 @@ void ord_lazy_collect_start()
         DynArray_init(&collect_work, sizeof(Ord), 64);
         collect_ready = true;
     }
-    OrdMap_init(&collect_seen, 1024);
+    OrdMap_init(&collect_seen, collect_seen_last);
+    memset(collect_recent, 0, sizeof collect_recent);
     // places and forced arrays go: what they point at may go too
     ord_lazy_trim();
     rope_collect_start();
@@ -444,6 +462,10 @@ void ord_lazy_keep(Ord x)
         // places go at every trim: nothing that lasts holds one
         if (y.count == ORD_LAZY_PLACE)
             continue;
+        Ord *recent = recent_slot(y);
+        if (recent->terms == y.terms && recent->count == y.count)
+            continue;
+        *recent = y;
         bool added;
         OrdMap_insert(&collect_seen, y, &added);
         if (!added)
@@ -456,6 +478,7 @@ void ord_lazy_keep(Ord x)
 
 void ord_lazy_collect_finish()
 {
+    collect_seen_last = collect_seen.count;
     OrdMap_free(&collect_seen);
     rope_collect_finish();
     forced_check();
