@@ -121,12 +121,18 @@ static Bignum converge_jump(Bignum xhi, Bignum p, double j)
 
 // Ticks from p on whose positions all stay at least `distance` from xhi,
 // by logarithms (a few fewer, to be safe from rounding); 0 if none.
+static double ticks_before_logs(double ld, double ldistance)
+{
+    double t = floor((ld - ldistance) / CONVERGE_LOG_STEP) - 2.0;
+    return t > 0 ? t : 0;
+}
+
 static double ticks_before(Bignum xhi, Bignum p, Bignum distance)
 {
     Bignum d = Bignum_lincomb(xhi, p, 1.0, -1.0);
-    double t = floor((Bignum_log(d) - Bignum_log(distance)) / CONVERGE_LOG_STEP) - 2.0;
+    double t = ticks_before_logs(Bignum_log(d), Bignum_log(distance));
     Bignum_free(d);
-    return t > 0 ? t : 0;
+    return t;
 }
 
 // Ticks the interval needs, on numbers alone. Deliberately one tick late:
@@ -159,14 +165,13 @@ static Bignum converging_stop(WalkRecord r)
 // the distance, so they add up to less than 1.5 / 0.2983 of them.
 constexpr double CONVERGE_DRIFT = 0.0006;
 
-// The first converging step whose distance left to xhi is no more than
-// `stop`, from a position at distance d that is more (the step count from
-// it), when logarithms decide it: the steps just before and at the crossing
+// The first converging step whose distance left to xhi is no more than the
+// stop, from a position at a distance that is more (the step count from it),
+// given the logarithms ld of that distance and ls of the stop, when they decide it: the steps just before and at the crossing
 // lie further from it than the drift can reach. False where they do not, or
 // past `most` steps. The steps then need not be made to be counted.
-static bool first_step_within(Bignum d, Bignum stop, int32_t most, int32_t *step)
+static bool first_step_within(double ld, double ls, int32_t most, int32_t *step)
 {
-    double ld = Bignum_log(d), ls = Bignum_log(stop);
     // a stop of under 0.1 px leaves the drift too large a share of it
     if (!(ls > -2.3 && ld > ls))
         return false;
@@ -201,25 +206,23 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool positions, boo
     // only an interval over about 10^165 pixels wide can need that many (the
     // stop is at least 0.0001 px): shorter positions skip the logarithms
     bool long_enough = r.xlo.n >= SEGMENT_COUNT_LIMBS || r.xhi.n >= SEGMENT_COUNT_LIMBS;
-    if (long_enough && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
-        Bignum stop = converging_stop(r);
-        double estimate = ticks_before(r.xhi, p, stop);
+    // unless positions are wanted, a count that logarithms decide is enough
+    // (the comparisons with the right edge are exact where it is not negative)
+    bool by_logs = !positions && r.right >= 0.0f;
+    if ((long_enough || by_logs) && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
+        double ld = Bignum_log(d), ls = Bignum_log(stop);
+        Bignum_free(d);
         Bignum_free(stop);
+        double estimate = long_enough ? ticks_before_logs(ld, ls) : 0.0;
         if (estimate > SEGMENT_STEPPED_TICKS + 100) {
             *counted = true;
             return estimate + 10 < SEGMENT_MAX_TICKS ? (int32_t)estimate + 10 : -1;
         }
-    }
-    // (the comparisons with the right edge are exact where it is not negative)
-    if (!positions && r.right >= 0.0f && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         // xlo is tested twice, then each step but the last: one more tick
         // than the steps before the first one within the stop
-        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
         int32_t within;
-        bool decided = first_step_within(d, stop, SEGMENT_STEPPED_TICKS - 1, &within);
-        Bignum_free(d);
-        Bignum_free(stop);
-        if (decided)
+        if (by_logs && first_step_within(ld, ls, SEGMENT_STEPPED_TICKS - 1, &within))
             return within + 1;
     }
     while (Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
