@@ -257,6 +257,20 @@ static int32_t steps_after_first(WalkRecord r, Bignum T, double aw, double bw, i
 {
     Bignum p = Bignum_lincomb(r.xhi, r.xlo, bw, aw);
     int32_t j = 0;
+    // counted by logarithms where they decide, as the loop of segment makes
+    // these positions again (the comparisons with the right edge are exact
+    // where it is not negative)
+    if (most > 1 && r.right >= 0.0f && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
+        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
+        double ld = Bignum_log(d), ls = Bignum_log(stop);
+        Bignum_free(d);
+        Bignum_free(stop);
+        if (first_step_within(ld, ls, most, &j)) {
+            Bignum_free(p);
+            return j;
+        }
+        j = 0;
+    }
     while (j < most && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         Bignum next = converge_step(r.xhi, p);
         Bignum_free(p);
