@@ -120,7 +120,8 @@ static Bignum converge_jump(Bignum xhi, Bignum p, double j)
 }
 
 // Ticks from p on whose positions all stay at least `distance` from xhi,
-// by logarithms (a few fewer, to be safe from rounding); 0 if none.
+// by logarithms (a few fewer, to be safe from rounding); 0 if none. The
+// first form takes ld = ln(xhi - p) and ldistance = ln(distance).
 static double ticks_before_logs(double ld, double ldistance)
 {
     double t = floor((ld - ldistance) / CONVERGE_LOG_STEP) - 2.0;
@@ -167,9 +168,10 @@ constexpr double CONVERGE_DRIFT = 0.0006;
 
 // The first converging step whose distance left to xhi is no more than the
 // stop, from a position at a distance that is more (the step count from it),
-// given the logarithms ld of that distance and ls of the stop, when they decide it: the steps just before and at the crossing
-// lie further from it than the drift can reach. False where they do not, or
-// past `most` steps. The steps then need not be made to be counted.
+// given the logarithms ld of that distance and ls of the stop, when they
+// decide it: the steps just before and at the crossing lie further from it
+// than the drift can reach. False where they do not, or past `most` steps.
+// The steps then need not be made to be counted.
 static bool first_step_within(double ld, double ls, int32_t most, int32_t *step)
 {
     // a stop of under 0.1 px leaves the drift too large a share of it
@@ -191,6 +193,16 @@ static bool first_step_within(double ld, double ls, int32_t most, int32_t *step)
     return true;
 }
 
+// ln(xhi - p) and ln of the converging stop, for the counts by logarithms.
+static void converging_logs(WalkRecord r, Bignum p, double *ld, double *ls)
+{
+    Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
+    *ld = Bignum_log(d);
+    *ls = Bignum_log(stop);
+    Bignum_free(d);
+    Bignum_free(stop);
+}
+
 // The positions stepped are appended to `steps` (the caller frees them): the
 // children are laid out on the same positions where their weights agree.
 // Unless `positions`, a count that logarithms decide leaves them unmade: the
@@ -210,10 +222,8 @@ static int32_t converging_tick_count(WalkRecord r, Bignum T, bool positions, boo
     // (the comparisons with the right edge are exact where it is not negative)
     bool by_logs = !positions && r.right >= 0.0f;
     if ((long_enough || by_logs) && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
-        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
-        double ld = Bignum_log(d), ls = Bignum_log(stop);
-        Bignum_free(d);
-        Bignum_free(stop);
+        double ld, ls;
+        converging_logs(r, p, &ld, &ls);
         double estimate = long_enough ? ticks_before_logs(ld, ls) : 0.0;
         if (estimate > SEGMENT_STEPPED_TICKS + 100) {
             *counted = true;
@@ -261,15 +271,13 @@ static int32_t steps_after_first(WalkRecord r, Bignum T, double aw, double bw, i
     // these positions again (the comparisons with the right edge are exact
     // where it is not negative)
     if (most > 1 && r.right >= 0.0f && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
-        Bignum d = Bignum_lincomb(r.xhi, p, 1.0, -1.0), stop = converging_stop(r);
-        double ld = Bignum_log(d), ls = Bignum_log(stop);
-        Bignum_free(d);
-        Bignum_free(stop);
+        double ld, ls;
+        converging_logs(r, p, &ld, &ls);
+        // (j is left at 0 where they do not decide)
         if (first_step_within(ld, ls, most, &j)) {
             Bignum_free(p);
             return j;
         }
-        j = 0;
     }
     while (j < most && Bignum_lt(p, T) && Bignum_ltd(p, r.right)) {
         Bignum next = converge_step(r.xhi, p);
