@@ -17,6 +17,7 @@ struct CacheEntry {
     int32_t n;
     DynArray parts;        // of OrdExpansion: every expansion the members come from
     uint64_t bytes;        // what the parts hold
+    uint64_t plain_parts;  // bit j: part j is plain (see cache_plain)
     uint64_t last_frame;   // the frame of the last request
     uint64_t refused_cost; // work per member of the last refused expansion, or 0
     Ord skip_key;          // the left end last asked about (by identity), and
@@ -42,6 +43,12 @@ static bool cache_ready = false;
 static uint64_t cache_frame = 1;
 static uint64_t cache_lives = 0;  // entries made so far
 static Ord cache_top = {0, nullptr};
+// Plain term arrays: neither lazy nor of the rope store, and every field 0 or
+// again plain. They are the arrays of the top and of the plain parts, and
+// live as long as those do. A collection has nothing to find in them, and
+// stops there: the entries along the path to a deep view hold hundreds of
+// thousands of them, which it would otherwise go through every time.
+static OrdMap cache_plain;
 
 static void cache_start()
 {
@@ -49,6 +56,7 @@ static void cache_start()
         return;
     DynArray_init(&cache_entries, sizeof(CacheEntry), 64);
     OrdMap_init(&cache_index, 64);
+    OrdMap_init(&cache_plain, 1024);
     cache_ready = true;
 }
 
@@ -60,12 +68,81 @@ static CacheEntry *entry_at(uint32_t i)
 Ord expansion_cache_top()
 {
     if (cache_top.count == 0) {
+        cache_start();
         MemStack *arena = ord_arena;
         ord_arena = nullptr;
         cache_top = Ord_maketop();
         ord_arena = arena;
+        // the top is made of term arrays alone
+        DynArray todo;
+        DynArray_init(&todo, sizeof(Ord), 8);
+        DynArray_append(&todo, &cache_top);
+        while (todo.count) {
+            Ord y = *DynArray_at<Ord>(&todo, --todo.count);
+            bool added;
+            if (y.count == 0 || (OrdMap_insert(&cache_plain, y, &added), !added))
+                continue;
+            for (uint32_t i = 0; i < y.count; i++) {
+                DynArray_append(&todo, &y.terms[i].sub);
+                DynArray_append(&todo, &y.terms[i].arg);
+            }
+        }
+        DynArray_free(&todo);
     }
     return cache_top;
+}
+
+// The top arrays of an expansion: its members, then its keep arrays.
+static Ord part_array(const OrdExpansion *part, uint32_t i)
+{
+    return i < (uint32_t)part->n ? part->seq[i] : *DynArray_at<Ord>(&part->keep, i - (uint32_t)part->n);
+}
+
+static uint32_t part_arrays(const OrdExpansion *part)
+{
+    return (uint32_t)part->n + part->keep.count;
+}
+
+static void plain_remove(const OrdExpansion *part, uint32_t count)
+{
+    for (uint32_t i = 0; i < count; i++)
+        if (part_array(part, i).count)
+            OrdMap_remove(&cache_plain, part_array(part, i));
+}
+
+// Whether the expansion is plain: its top arrays are not lazy, and every field
+// of theirs is 0, one of them, or plain already (what they were built from,
+// the expanded value, is when the expansion it came from was). Its arrays
+// then join cache_plain.
+static bool plain_add(const OrdExpansion *part)
+{
+    uint32_t count = part_arrays(part);
+    for (uint32_t i = 0; i < count; i++)
+        if (Ord_islazy(part_array(part, i)))
+            return false;
+    for (uint32_t i = 0; i < count; i++) {
+        Ord y = part_array(part, i);
+        bool added = true;
+        if (y.count)
+            OrdMap_insert(&cache_plain, y, &added);
+        if (!added) {
+            // an array held twice is not what this expects: no claim then
+            plain_remove(part, i);
+            return false;
+        }
+    }
+    for (uint32_t i = 0; i < count; i++) {
+        Ord y = part_array(part, i);
+        for (uint32_t t = 0; t < y.count; t++) {
+            Ord f[2] = {y.terms[t].sub, y.terms[t].arg};
+            for (Ord g : f)
+                if (g.count && (Ord_islazy(g) || !OrdMap_find(&cache_plain, g))) {
+                    plain_remove(part, count);
+                    return false;
+                }
+        }
+    }
+    return true;
 }
 
 // Bytes that an expansion holds on the heap.
@@ -101,8 +178,12 @@ static void entry_release(uint32_t index)
     // kept expansions are heap values whatever the mode of the moment
     MemStack *arena = ord_arena;
     ord_arena = nullptr;
-    for (uint32_t i = 0; i < e->parts.count; i++)
-        Ord_freeexpansion(*DynArray_at<OrdExpansion>(&e->parts, i));
+    for (uint32_t i = 0; i < e->parts.count; i++) {
+        const OrdExpansion *part = DynArray_at<OrdExpansion>(&e->parts, i);
+        if (e->plain_parts >> i & 1)
+            plain_remove(part, part_arrays(part));
+        Ord_freeexpansion(*part);
+    }
     ord_arena = arena;
     DynArray_free(&e->parts);
     free(e->seq);
@@ -183,7 +264,7 @@ static uint32_t entry_new(Ord x, uint32_t parent)
         index = DynArray_append(&cache_entries, &blank);
     }
     CacheEntry *e = entry_at(index);
-    *e = CacheEntry{x, nullptr, 0, {}, 0, cache_frame, 0, Ord_zero(), -1,
+    *e = CacheEntry{x, nullptr, 0, {}, 0, 0, cache_frame, 0, Ord_zero(), -1,
                     parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true, ++cache_lives};
     DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
     if (parent != CACHE_NONE) {
@@ -292,6 +373,8 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
     e->n = fresh.n;
     e->refused_cost = 0;
     DynArray_append(&e->parts, &fresh);
+    if (e->parts.count <= 64 && plain_add(&fresh))
+        e->plain_parts |= 1ull << (e->parts.count - 1);
     e->bytes += bytes;
     e->last_frame = cache_frame;
     expansion_cache_bytes += bytes;
@@ -331,7 +414,7 @@ void expansion_cache_collect()
 {
     cache_start();
     cache_check_ropes();
-    ord_lazy_collect_start();
+    ord_lazy_collect_start(&cache_plain);
     ord_lazy_keep(cache_top);
     for (uint32_t i = 0; i < cache_entries.count; i++) {
         const CacheEntry *e = entry_at(i);
@@ -341,6 +424,8 @@ void expansion_cache_collect()
         // the members are among the parts' members
         for (uint32_t j = 0; j < e->parts.count; j++) {
             const OrdExpansion *part = DynArray_at<OrdExpansion>(&e->parts, j);
+            if (e->plain_parts >> j & 1)
+                continue;
             for (int32_t k = 0; k < part->n; k++)
                 ord_lazy_keep(part->seq[k]);
             for (uint32_t k = 0; k < part->keep.count; k++)

@@ -411,6 +411,9 @@ static uint32_t collect_seen_last = 1024;
 constexpr uint32_t COLLECT_RECENT_SLOTS = 4096;
 static Ord collect_recent[COLLECT_RECENT_SLOTS];
 
+// Arrays that reach nothing of the store (see ord_lazy_collect_start).
+static const OrdMap *collect_plain = nullptr;
+
 static Ord *recent_slot(Ord y)
 {
     uint64_t h = (uint64_t)(uintptr_t)y.terms * 0x9E3779B97F4A7C15ull;
@@ -435,8 +438,9 @@ static void keep_level(const RopeFrame *f, void *)
     queue_fields(f->level);
 }
 
-void ord_lazy_collect_start()
+void ord_lazy_collect_start(const OrdMap *plain)
 {
+    collect_plain = plain;
     if (!collect_ready) {
         DynArray_init(&collect_work, sizeof(Ord), 64);
         collect_ready = true;
@@ -466,6 +470,8 @@ void ord_lazy_keep(Ord x)
         if (recent->terms == y.terms && recent->count == y.count)
             continue;
         *recent = y;
+        if (collect_plain && OrdMap_find(collect_plain, y))
+            continue;
         bool added;
         OrdMap_insert(&collect_seen, y, &added);
         if (!added)

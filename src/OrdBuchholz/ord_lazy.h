@@ -25,6 +25,8 @@
 #include "OrdBuchholz/ord.h"
 #include "OrdBuchholz/ord_rope.h"
 
+struct OrdMap;
+
 // The rope of a lazy value; for a place in a rope, the rope from there on,
 // made once.
 RopeNode *Ord_lazyrope(Ord x);
@@ -68,7 +70,8 @@ void ord_lazy_clear();
 // between the start and the finish uses, and everything that ord_lazy_clear
 // drops but the ropes: a value kept stays valid, with everything it holds.
 // Each value is gone through once per collection, its term arrays (by
-// identity) and ropes once each.
-void ord_lazy_collect_start();
+// identity) and ropes once each. `plain` (or null) holds term arrays whose
+// every reach is term arrays alone, which the collection need not go into.
+void ord_lazy_collect_start(const OrdMap *plain);
 void ord_lazy_keep(Ord x);
 void ord_lazy_collect_finish();
