@@ -90,6 +90,39 @@ static bool top_removable(const int32_t *limbs, uint32_t len)
 constexpr int32_t LINCOMB_FAST_WEIGHT = 10000;
 constexpr uint32_t CARRY_OFFSET = 1000000000u;  // a multiple of the base
 
+typedef uint32_t LimbBlock __attribute__((vector_size(32)));
+typedef int32_t SignedLimbBlock __attribute__((vector_size(32)));
+
+// Every limb but the top one keeps its remainder by the base and passes its
+// quotient up, all from the sums as they were (floor division as unsigned,
+// the offset keeping it positive). Eight limbs at a time, the quotients
+// moved up one place between registers: through memory, a load that
+// straddles two stores just made waits for both to land.
+BIGNUM_CLONES static void own_carries(int32_t *acc, uint32_t m)
+{
+    SignedLimbBlock up = {};
+    uint32_t i = 0;
+    for (; i + 8 < m; i += 8) {
+        LimbBlock v;
+        memcpy(&v, acc + i, sizeof v);
+        v += CARRY_OFFSET;
+        LimbBlock q = v / 10000u;
+        SignedLimbBlock own = (SignedLimbBlock)q - (int32_t)(CARRY_OFFSET / 10000u);
+        SignedLimbBlock r = (SignedLimbBlock)(v - q * 10000u);
+        r += __builtin_shufflevector(up, own, 7, 8, 9, 10, 11, 12, 13, 14);
+        memcpy(acc + i, &r, sizeof r);
+        up = own;
+    }
+    int32_t carry = up[7];
+    for (; i + 1 < m; i++) {
+        uint32_t v = (uint32_t)acc[i] + CARRY_OFFSET;
+        uint32_t q = v / 10000u;
+        acc[i] = (int32_t)(v - q * 10000u) + carry;
+        carry = (int32_t)(q - CARRY_OFFSET / 10000u);
+    }
+    acc[m - 1] += carry;
+}
+
 // Carries acc[0..m-1] out (signed sums at each limb, the top without its
 // excess; acc has room for m + 1) and returns the number in normal form.
 // `bounded`: every sum lies within +-CARRY_OFFSET.
@@ -99,31 +132,31 @@ BIGNUM_CLONES static Bignum lincomb_finish(int32_t *acc, uint32_t m, bool bounde
         // each limb's own carry, at every limb at once (no limb waits for
         // the one below), twice: what is left to ripple is then at most 1
         // and mostly nothing
-        int32_t local[512];
-        int32_t *own = m <= 512 ? local : (int32_t *)malloc(m * sizeof(int32_t));
-        if (!own)
-            REPORT(REPORT_FATAL, "Out of memory for a position", 0);
-        for (int32_t round = 0; round < 2; round++) {
-            for (uint32_t i = 0; i + 1 < m; i++) {
-                // floor division as unsigned, the offset keeping it positive
-                uint32_t v = (uint32_t)acc[i] + CARRY_OFFSET;
-                uint32_t q = v / 10000u;
-                own[i] = (int32_t)(q - CARRY_OFFSET / 10000u);
-                acc[i] = (int32_t)(v - q * 10000u);
-            }
-            for (uint32_t i = 1; i < m; i++)
-                acc[i] += own[i - 1];
-        }
-        if (own != local)
-            free(own);
+        for (int32_t round = 0; round < 2; round++)
+            own_carries(acc, m);
     }
     /* carry out */
-    for (uint32_t i = 0; i + 1 < m; i++) {
-        if ((uint32_t)acc[i] < 10000u)
-            continue;
-        int32_t c = floor_div_base(acc[i]);
-        acc[i] -= c * 10000;
-        acc[i + 1] += c;
+    for (uint32_t i = 0; i + 1 < m;) {
+        // runs of limbs that are digits already, nearly all of them after
+        // the rounds above, pass a block at a time: a limb-by-limb test is
+        // most of the work on long positions
+        if (i + 8 < m) {
+            LimbBlock v;
+            memcpy(&v, acc + i, sizeof v);
+            LimbBlock outside = v >= 10000u;
+            uint64_t lanes[4];
+            memcpy(lanes, &outside, sizeof lanes);
+            if (!(lanes[0] | lanes[1] | lanes[2] | lanes[3])) {
+                i += 8;
+                continue;
+            }
+        }
+        if ((uint32_t)acc[i] >= 10000u) {
+            int32_t c = floor_div_base(acc[i]);
+            acc[i] -= c * 10000;
+            acc[i + 1] += c;
+        }
+        i++;
     }
 
     uint32_t len = m;
@@ -296,6 +329,10 @@ static int bignum_cmp(Bignum X, Bignum Y)
 
 static int bignum_cmpd(Bignum X, double x)
 {
+    // three limbs or more put X at least 4999.5 from 0 (normal form, or
+    // Bignum_fromdouble of that much): beyond a screen-sized x, on X's side
+    if (X.n >= 3 && fabs(x) < 4999.0)
+        return X.limbs[X.n - 1] >= 5000 ? 1 : -1;
     // screen-sized numbers on the stack: these run at every interval of a walk
     uint16_t local[16];
     Bignum Y = {fromdouble_limbs(x), local};
