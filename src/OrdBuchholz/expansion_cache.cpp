@@ -421,16 +421,12 @@ void expansion_cache_collect()
         if (!e->live)
             continue;
         ord_lazy_keep(e->key);
-        // the members are among the parts' members
-        for (uint32_t j = 0; j < e->parts.count; j++) {
-            const OrdExpansion *part = DynArray_at<OrdExpansion>(&e->parts, j);
-            if (e->plain_parts >> j & 1)
-                continue;
-            for (int32_t k = 0; k < part->n; k++)
-                ord_lazy_keep(part->seq[k]);
-            for (uint32_t k = 0; k < part->keep.count; k++)
-                ord_lazy_keep(*DynArray_at<Ord>(&part->keep, k));
-        }
+        // the members handed out reach all that is read again; the rest of
+        // the parts (the members a longer expansion made again, and the
+        // arrays members were built from) is only ever freed, top array by
+        // top array, and what it alone reaches may go
+        for (int32_t k = 0; k < e->n; k++)
+            ord_lazy_keep(e->seq[k]);
     }
     ord_lazy_collect_finish();
     // the entries' ropes stayed where they were
