@@ -18,6 +18,7 @@ struct CacheEntry {
     DynArray parts;        // of OrdExpansion: every expansion the members come from
     uint64_t bytes;        // what the parts hold
     uint64_t plain_parts;  // bit j: part j is plain (see cache_plain)
+    uint64_t told_parts;   // bit j: whether part j is plain has been found
     uint64_t last_frame;   // the frame of the last request
     uint64_t refused_cost; // work per member of the last refused expansion, or 0
     Ord skip_key;          // the left end last asked about (by identity), and
@@ -240,12 +241,17 @@ static void cache_shrink(uint64_t before, uint64_t target)
     DynArray_free(&order);
 }
 
-// Expands x on the heap; false if the work limits refuse it.
-static bool heap_expand(Ord x, int32_t n, OrdExpansion *out)
+// Expands x on the heap, on its rope if `on_rope`; false if the work limits
+// refuse it.
+static bool heap_expand(Ord x, int32_t n, bool on_rope, OrdExpansion *out)
 {
     MemStack *arena = ord_arena;
     ord_arena = nullptr;
+    uint32_t levels = ord_rope_levels;
+    if (on_rope)
+        ord_rope_levels = 0;
     *out = Ord_expandfresh(x, n);
+    ord_rope_levels = levels;
     ord_arena = arena;
     if (out->n > 0)
         return true;
@@ -264,7 +270,7 @@ static uint32_t entry_new(Ord x, uint32_t parent)
         index = DynArray_append(&cache_entries, &blank);
     }
     CacheEntry *e = entry_at(index);
-    *e = CacheEntry{x, nullptr, 0, {}, 0, 0, cache_frame, 0, Ord_zero(), -1,
+    *e = CacheEntry{x, nullptr, 0, {}, 0, 0, 0, cache_frame, 0, Ord_zero(), -1,
                     parent, CACHE_NONE, CACHE_NONE, CACHE_NONE, true, ++cache_lives};
     DynArray_init(&e->parts, sizeof(OrdExpansion), 2);
     if (parent != CACHE_NONE) {
@@ -337,8 +343,12 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
         if (e->refused_cost && e->refused_cost > most / (uint64_t)want)
             return false;
     }
+    // a longer sequence is made on the rope: copied term by term it would
+    // hold all the members kept already once more, twice as many as they,
+    // and the entries on the path to a deep view, asked for more members
+    // as the view narrows, would fill the cache with such copies
     OrdExpansion fresh;
-    if (!heap_expand(x, want, &fresh)) {
+    if (!heap_expand(x, want, have > 0, &fresh)) {
         // remember the price, so that later frames can refuse it cheaply
         if (index == CACHE_NONE && OrdMap_find(&cache_index, x) == nullptr)
             index = entry_new(x, parent);
@@ -373,8 +383,6 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
     e->n = fresh.n;
     e->refused_cost = 0;
     DynArray_append(&e->parts, &fresh);
-    if (e->parts.count <= 64 && plain_add(&fresh))
-        e->plain_parts |= 1ull << (e->parts.count - 1);
     e->bytes += bytes;
     e->last_frame = cache_frame;
     expansion_cache_bytes += bytes;
@@ -410,10 +418,39 @@ uint64_t expansion_cache_life(uint32_t handle)
     return e->live ? e->life : 0;
 }
 
+// Finds which parts made since the last collection are plain, parents
+// before children (a child's arrays are built from its parent's). Only what
+// lives until a collection is asked: most expansions of a moving view are
+// gone a few frames after they were made, and finding out costs about as much
+// as making them.
+static void plain_parts_find()
+{
+    DynArray todo;
+    DynArray_init(&todo, sizeof(uint32_t), 64);
+    for (uint32_t i = 0; i < cache_entries.count; i++)
+        if (entry_at(i)->live && entry_at(i)->parent == CACHE_NONE)
+            DynArray_append(&todo, &i);
+    while (todo.count) {
+        uint32_t i = *DynArray_at<uint32_t>(&todo, --todo.count);
+        CacheEntry *e = entry_at(i);
+        for (uint32_t j = 0; j < e->parts.count && j < 64; j++) {
+            if (e->told_parts >> j & 1)
+                continue;
+            e->told_parts |= 1ull << j;
+            if (plain_add(DynArray_at<OrdExpansion>(&e->parts, j)))
+                e->plain_parts |= 1ull << j;
+        }
+        for (uint32_t c = e->first_child; c != CACHE_NONE; c = entry_at(c)->next_sibling)
+            DynArray_append(&todo, &c);
+    }
+    DynArray_free(&todo);
+}
+
 void expansion_cache_collect()
 {
     cache_start();
     cache_check_ropes();
+    plain_parts_find();
     ord_lazy_collect_start(&cache_plain);
     ord_lazy_keep(cache_top);
     for (uint32_t i = 0; i < cache_entries.count; i++) {
