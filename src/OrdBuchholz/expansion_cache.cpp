@@ -285,6 +285,9 @@ static uint32_t entry_new(Ord x, uint32_t parent)
     return index;
 }
 
+// Bytes of an entry from which a longer sequence is made on the rope.
+constexpr uint64_t LENGTHEN_ON_ROPE_BYTES = 16 << 10;
+
 // Clears of the rope store seen: members held across one are stale.
 static uint64_t cache_rope_clears = 0;
 
@@ -343,12 +346,14 @@ bool expansion_cache_get(Ord x, int32_t n, uint32_t parent_handle, CachedExpansi
         if (e->refused_cost && e->refused_cost > most / (uint64_t)want)
             return false;
     }
-    // a longer sequence is made on the rope: copied term by term it would
-    // hold all the members kept already once more, twice as many as they,
-    // and the entries on the path to a deep view, asked for more members
-    // as the view narrows, would fill the cache with such copies
+    // a longer sequence of a large entry is made on the rope: copied term
+    // by term it would hold all the members kept already once more, twice
+    // as many as they, and the entries on the path to a deep view, asked
+    // for more members as the view narrows, would fill the cache with such
+    // copies. Small ones are copied: their members are quicker to read.
+    bool on_rope = index != CACHE_NONE && entry_at(index)->bytes >= LENGTHEN_ON_ROPE_BYTES;
     OrdExpansion fresh;
-    if (!heap_expand(x, want, have > 0, &fresh)) {
+    if (!heap_expand(x, want, on_rope, &fresh)) {
         // remember the price, so that later frames can refuse it cheaply
         if (index == CACHE_NONE && OrdMap_find(&cache_index, x) == nullptr)
             index = entry_new(x, parent);
