@@ -205,12 +205,9 @@ static RopeNode *split_multiples(RopeNode *part, RopeNode *whole, RopeLen offset
         const RopeFrame *f = rope_frame_get(rope_frame_at(part, q));
         Ord front = split_front(f, Ord_fromrope(rope_drop(whole, after)));
         // the level: front terms, then one copy with the field still blank
-        Ord level = Ord_alloc(front.count + 1);
-        memcpy(level.terms, front.terms, (size_t)front.count * sizeof(OrdTerm));
-        level.terms[front.count] = *Ord_lastterm(f->level);
-        level.terms[front.count].coef = 1;
-        uint32_t id = rope_frame(level, f->hole);
-        Ord_freearray(level);
+        OrdTerm one_copy = *Ord_lastterm(f->level);
+        one_copy.coef = 1;
+        uint32_t id = rope_frame_parts(front, nullptr, Ord{1, &one_copy}, f->hole);
         DynArray_append(keep, &front);
         done = rope_concat(rope_leaf(id), rope_concat(rope_drop(part, index_add(q, one)), done));
         part = rope_take(part, q);
@@ -263,9 +260,12 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     RopeNode **heads = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
     if (!heads)
         REPORT(REPORT_FATAL, "Out of memory for the members of an expansion", 0);
-    // the front, often long, is put before every member: hashed once
-    RopeTermsHash front_hash = rope_terms_hash(front);
-    heads[0] = rope_prepend_terms(front, &front_hash, nullptr);
+    // the front, often long, is put before every member: hashed once, its
+    // terms but the last first, for member 0, which is the front alone
+    RopeTermsHash front_hash = rope_terms_hash(Ord{front.count ? front.count - 1 : 0, front.terms});
+    heads[0] = front.count ? Ord_rope_hashed(front, &front_hash) : nullptr;
+    if (front.count)
+        rope_terms_hash_more(&front_hash, Ord{1, front.terms + front.count - 1});
     if (bottom->hole == ROPE_ARG) {
         // successor argument: 0, psi_a(p), psi_a(p).2, ...
         for (int32_t i = 1; i < n; i++) {
@@ -293,9 +293,17 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
         RopeNode *lead = rope_prepend_terms(front, &front_hash, psi);
         RopeNode *first = rope_wrap(tmpl, heads[0]);
         if (first) {
-            RopeNode *step = rope_concat(tmpl, lead);
-            for (int32_t i = 1; i < n; i++)
-                heads[i] = rope_concat(lead, rope_concat(rope_repeat(step, (uint64_t)i - 1), first));
+            // the same frames grouped the other way, (psi_p and the
+            // template) i - 1 times, then psi_p and the template around
+            // member 0: the repeat and that tail stand at about one height,
+            // so each member is one node on them, where psi_p hung before
+            // the repeat walked down its whole left side
+            RopeNode *step = rope_concat(lead, tmpl);
+            RopeNode *last = n > 1 ? rope_concat(lead, first) : nullptr;
+            if (n > 1)
+                heads[1] = last;
+            for (int32_t i = 2; i < n; i++)
+                heads[i] = rope_concat(rope_repeat(step, (uint64_t)i - 1), last);
         } else {
             RopeNode *m = nullptr;
             for (int32_t i = 1; i < n; i++) {

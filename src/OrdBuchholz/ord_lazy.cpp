@@ -191,23 +191,6 @@ RopeNode *Ord_lazyrope(Ord x)
     return p->rest;
 }
 
-// A level being put together before the store copies it.
-static OrdTerm *scratch = nullptr;
-static uint32_t scratch_capacity = 0;
-
-static OrdTerm *scratch_room(uint32_t n)
-{
-    if (n > scratch_capacity) {
-        uint32_t capacity = n < 64 ? 64 : n * 2;
-        OrdTerm *grown = (OrdTerm *)realloc(scratch, (size_t)capacity * sizeof(OrdTerm));
-        if (!grown)
-            REPORT(REPORT_FATAL, "Out of memory for a level of a compressed ordinal", 0);
-        scratch = grown;
-        scratch_capacity = capacity;
-    }
-    return scratch;
-}
-
 Ord Ord_fromrope(RopeNode *r)
 {
     // a single frame follows nothing: it is a term array ending in a number
@@ -218,15 +201,15 @@ Ord Ord_fromrope(RopeNode *r)
 
 // The frame of the term array x (at least one term) that follows `hole`,
 // with that field blanked.
-static uint32_t frame_of(const OrdTerm *terms, uint32_t n, uint8_t hole)
+// `first`, when not null, is the rope_terms_hash of the terms but the last.
+static uint32_t frame_of(const OrdTerm *terms, uint32_t n, uint8_t hole, const RopeTermsHash *first)
 {
-    OrdTerm *level = scratch_room(n);
-    memcpy(level, terms, (size_t)n * sizeof(OrdTerm));
+    OrdTerm last = terms[n - 1];
     if (hole == ROPE_ARG)
-        level[n - 1].arg = Ord_zero();
+        last.arg = Ord_zero();
     else if (hole == ROPE_SUB)
-        level[n - 1].sub = Ord_zero();
-    return rope_frame(Ord{n, level}, hole);
+        last.sub = Ord_zero();
+    return rope_frame_parts(Ord{n - 1, (OrdTerm *)terms}, first, Ord{1, &last}, hole);
 }
 
 // The field a term array's chain follows: ROPE_ARG, ROPE_SUB or ROPE_NONE.
@@ -250,6 +233,11 @@ RopeNode *Ord_rope(Ord x)
         return nullptr;
     if (Ord_islazy(x))
         return Ord_lazyrope(x);
+    return Ord_rope_hashed(x, nullptr);
+}
+
+RopeNode *Ord_rope_hashed(Ord x, const RopeTermsHash *first)
+{
     static DynArray ids;
     static bool ids_ready = false;
     if (!ids_ready) {
@@ -261,7 +249,8 @@ RopeNode *Ord_rope(Ord x)
     for (;;) {
         const OrdTerm *last = Ord_lastterm(x);
         uint8_t hole = followed(last);
-        uint32_t id = frame_of(x.terms, x.count, hole);
+        uint32_t id = frame_of(x.terms, x.count, hole, first);
+        first = nullptr;  // for the top array only
         DynArray_append(&ids, &id);
         if (hole == ROPE_NONE)
             break;
@@ -345,11 +334,7 @@ RopeNode *rope_prepend_terms(Ord head, const RopeTermsHash *head_hash, RopeNode 
         return Ord_rope(head);
     // y's first level takes head's terms in front of its own
     const RopeFrame *f = rope_frame_get(rope_first_frame(y));
-    uint32_t n = head.count + f->level.count;
-    OrdTerm *level = scratch_room(n);
-    memcpy(level, head.terms, (size_t)head.count * sizeof(OrdTerm));
-    memcpy(level + head.count, f->level.terms, (size_t)f->level.count * sizeof(OrdTerm));
-    uint32_t id = rope_frame_after(Ord{n, level}, f->hole, head_hash);
+    uint32_t id = rope_frame_parts(head, head_hash, f->level, f->hole);
     return rope_concat(rope_leaf(id), rope_drop(y, RopeLen_small(1)));
 }
 
@@ -420,14 +405,24 @@ static Ord *recent_slot(Ord y)
     return &collect_recent[h >> 52];
 }
 
+// A field worth queueing: not 0 (most fields are) and not an array just
+// marked. The members of one expansion share their long fronts, so most
+// fields of the frames a collection meets are arrays it has met already.
+static bool field_to_queue(Ord y)
+{
+    if (y.count == 0)
+        return false;
+    const Ord *recent = recent_slot(y);
+    return recent->terms != y.terms || recent->count != y.count;
+}
+
 // The sub and arg of every term of y, queued to be marked.
 static void queue_fields(Ord y)
 {
-    // (zeros, most of the fields, hold nothing)
     for (uint32_t i = 0; i < y.count; i++) {
-        if (y.terms[i].sub.count)
+        if (field_to_queue(y.terms[i].sub))
             DynArray_append(&collect_work, &y.terms[i].sub);
-        if (y.terms[i].arg.count)
+        if (field_to_queue(y.terms[i].arg))
             DynArray_append(&collect_work, &y.terms[i].arg);
     }
 }

@@ -38,6 +38,9 @@ Ord Ord_fromrope(RopeNode *r);
 // The rope of x's chain; null for 0. A lazy x gives its own rope; a term
 // array costs one frame per level of its chain down to the first lazy value.
 RopeNode *Ord_rope(Ord x);
+// Ord_rope of a term array x whose terms but the last were hashed already:
+// `first` is their rope_terms_hash.
+RopeNode *Ord_rope_hashed(Ord x, const RopeTermsHash *first);
 
 // The frames of r from `at` on, made in the store that holds r whatever the
 // mode of the moment: what a lazy value's top array points at lives as long

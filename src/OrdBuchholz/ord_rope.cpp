@@ -348,20 +348,36 @@ static uint64_t frame_hash_of(const void *entry)
     return ((const RopeFrameRec *)entry)->letter[0];
 }
 
-// Same hole and, term by term, the same coef and the same sub and arg arrays.
-static bool frame_same(const void *entry, const void *key)
+// A frame looked for: its level in two parts, front then rest, so that a
+// caller that puts one long front before many last terms copies it only into
+// the frames it makes.
+struct FrameKey {
+    Ord front, rest;
+    uint8_t hole;
+    uint64_t letter[2];
+};
+
+static bool terms_same(const OrdTerm *x, const OrdTerm *y, uint32_t n)
 {
-    const RopeFrameRec *x = (const RopeFrameRec *)entry, *y = (const RopeFrameRec *)key;
-    if (x->letter[0] != y->letter[0] || x->letter[1] != y->letter[1] || x->frame.hole != y->frame.hole ||
-        x->frame.level.count != y->frame.level.count)
-        return false;
-    for (uint32_t i = 0; i < x->frame.level.count; i++) {
-        const OrdTerm *s = &x->frame.level.terms[i], *t = &y->frame.level.terms[i];
+    for (uint32_t i = 0; i < n; i++) {
+        const OrdTerm *s = &x[i], *t = &y[i];
         if (s->coef != t->coef || s->sub.terms != t->sub.terms || s->sub.count != t->sub.count ||
             s->arg.terms != t->arg.terms || s->arg.count != t->arg.count)
             return false;
     }
     return true;
+}
+
+// Same hole and, term by term, the same coef and the same sub and arg arrays.
+static bool frame_same(const void *entry, const void *key)
+{
+    const RopeFrameRec *x = (const RopeFrameRec *)entry;
+    const FrameKey *y = (const FrameKey *)key;
+    if (x->letter[0] != y->letter[0] || x->letter[1] != y->letter[1] || x->frame.hole != y->hole ||
+        x->frame.level.count != y->front.count + y->rest.count)
+        return false;
+    return terms_same(x->frame.level.terms, y->front.terms, y->front.count) &&
+           terms_same(x->frame.level.terms + y->front.count, y->rest.terms, y->rest.count);
 }
 
 static RopeFrameRec *frame_record(uint32_t id)
@@ -402,17 +418,21 @@ RopeTermsHash rope_terms_hash(Ord terms)
     return r;
 }
 
-uint32_t rope_frame(Ord level, uint8_t hole)
+void rope_terms_hash_more(RopeTermsHash *r, Ord more)
 {
-    RopeTermsHash none = rope_terms_hash(Ord_zero());
-    return rope_frame_after(level, hole, &none);
+    terms_hash_on(r, more.terms, more.count);
 }
 
-uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
+uint32_t rope_frame(Ord level, uint8_t hole)
 {
-    bool shape = level.count >= 1 && hole <= ROPE_SUB && front->count <= level.count;
+    return rope_frame_parts(Ord_zero(), nullptr, level, hole);
+}
+
+uint32_t rope_frame_parts(Ord front, const RopeTermsHash *front_hash, Ord rest, uint8_t hole)
+{
+    bool shape = rest.count >= 1 && hole <= ROPE_SUB && (!front_hash || front_hash->count == front.count);
     if (shape) {
-        const OrdTerm *last = Ord_lastterm(level);
+        const OrdTerm *last = Ord_lastterm(rest);
         shape = hole == ROPE_ARG ? last->arg.count == 0 : OrdTerm_isfinite(last);
     }
     if (!shape)
@@ -420,11 +440,12 @@ uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
 
     // the letters mix the content, so equal content spells equal letters in
     // either store: the terms in order, then the hole and the count
-    RopeTermsHash chains = *front;
-    terms_hash_on(&chains, level.terms + front->count, level.count - front->count);
-    RopeFrameRec key = {RopeFrame{level, hole}, {0, 0}, 0, 0};
+    RopeTermsHash chains = front_hash ? *front_hash : rope_terms_hash(front);
+    terms_hash_on(&chains, rest.terms, rest.count);
+    uint32_t count = front.count + rest.count;
+    FrameKey key = {front, rest, hole, {0, 0}};
     for (int32_t m = 0; m < 2; m++) {
-        uint64_t letter = mod_reduce(mix(chains.h[m], (uint64_t)hole << 32 | level.count));
+        uint64_t letter = mod_reduce(mix(chains.h[m], (uint64_t)hole << 32 | count));
         key.letter[m] = letter ? letter : 1;
     }
 
@@ -438,11 +459,13 @@ uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front)
     }
 
     RopeStore *s = store_now();
-    size_t bytes = sizeof(RopeFrameRec) + (size_t)level.count * sizeof(OrdTerm);
+    size_t bytes = sizeof(RopeFrameRec) + (size_t)count * sizeof(OrdTerm);
     RopeFrameRec *rec = (RopeFrameRec *)checked_malloc(bytes, "Out of memory for rope frames");
-    *rec = key;
-    rec->frame.level.terms = (OrdTerm *)(rec + 1);
-    memcpy(rec->frame.level.terms, level.terms, (size_t)level.count * sizeof(OrdTerm));
+    OrdTerm *terms = (OrdTerm *)(rec + 1);
+    *rec = RopeFrameRec{RopeFrame{Ord{count, terms}, hole}, {key.letter[0], key.letter[1]}, 0, 0};
+    if (front.count)
+        memcpy(terms, front.terms, (size_t)front.count * sizeof(OrdTerm));
+    memcpy(terms + front.count, rest.terms, (size_t)rest.count * sizeof(OrdTerm));
     if (s->free_ids.count) {
         rec->id = *DynArray_at<uint32_t>(&s->free_ids, --s->free_ids.count);
         *DynArray_at<RopeFrameRec *>(&s->frames, rec->id) = rec;
@@ -768,6 +791,20 @@ static void piece_push(RopeNode *n)
     DynArray_append(&rope_pieces, &n);
 }
 
+// Takes made lately, by rope and length: the members of one expansion are
+// each expanded in turn, and their chains are cut at the same places of the
+// ropes they share. An entry holds as a join memo's does.
+struct TakeMemo {
+    RopeNode *n, *taken;
+    RopeLen len;
+    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    bool temporary;    // n or the take is a temporary node
+};
+constexpr uint32_t TAKE_MEMO_SLOTS = 1u << 12;
+static TakeMemo take_memo[TAKE_MEMO_SLOTS];
+
+static RopeNode *take_cut(RopeNode *n, RopeLen len);
+
 RopeNode *rope_take(RopeNode *n, RopeLen len)
 {
     check_mode(n);
@@ -775,6 +812,19 @@ RopeNode *rope_take(RopeNode *n, RopeLen len)
         return nullptr;
     if (RopeLen_cmp(len, n->len) >= 0)
         return n;
+    TakeMemo *e = &take_memo[mix((uint64_t)(uintptr_t)n, len.limb[0]) & (TAKE_MEMO_SLOTS - 1)];
+    if (e->n == n && RopeLen_cmp(e->len, len) == 0 && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
+        (ord_arena || !e->temporary))
+        return e->taken;
+    RopeNode *taken = take_cut(n, len);
+    bool temporary = n->temporary || (taken && taken->temporary);
+    *e = TakeMemo{n, taken, len, temporary ? rope_rewinds : rope_clears, temporary};
+    return taken;
+}
+
+// rope_take of a cut inside n.
+static RopeNode *take_cut(RopeNode *n, RopeLen len)
+{
     scratch_ready();
     uint32_t base = rope_pieces.count;
     // the whole parts left of the cut, outermost first, then what the cut

@@ -63,16 +63,63 @@ struct RopeLen {
     uint64_t limb[ROPELEN_LIMBS];
 };
 
-RopeLen RopeLen_small(uint64_t v);
+// The small ones are here, inline: every step down a rope takes a few, and a
+// call passes both lengths through memory.
+inline RopeLen RopeLen_small(uint64_t v)
+{
+    RopeLen r = {};
+    r.limb[0] = v;
+    return r;
+}
+
 // r = a + b; false (r then holds the wrapped sum) when it passes 512 bits.
-bool RopeLen_add(RopeLen *r, RopeLen a, RopeLen b);
+inline bool RopeLen_add(RopeLen *r, RopeLen a, RopeLen b)
+{
+    uint64_t carry = 0;
+    for (int32_t i = 0; i < ROPELEN_LIMBS; i++) {
+        uint64_t s = a.limb[i] + carry;
+        carry = s < carry;
+        s += b.limb[i];
+        carry += s < b.limb[i];
+        r->limb[i] = s;
+    }
+    // carry out of the top limb
+    return carry == 0;
+}
+
 // a - b; a >= b is the caller's duty.
-RopeLen RopeLen_sub(RopeLen a, RopeLen b);
+inline RopeLen RopeLen_sub(RopeLen a, RopeLen b)
+{
+    RopeLen r;
+    uint64_t borrow = 0;
+    for (int32_t i = 0; i < ROPELEN_LIMBS; i++) {
+        uint64_t d = a.limb[i] - borrow;
+        borrow = d > a.limb[i];
+        borrow += d < b.limb[i];
+        r.limb[i] = d - b.limb[i];
+    }
+    return r;
+}
+
 // r = a * k; false (r wrapped) when it passes 512 bits.
 bool RopeLen_mulsmall(RopeLen *r, RopeLen a, uint64_t k);
+
 // -1, 0 or 1 as a <, =, > b.
-int32_t RopeLen_cmp(RopeLen a, RopeLen b);
-bool RopeLen_iszero(RopeLen a);
+inline int32_t RopeLen_cmp(RopeLen a, RopeLen b)
+{
+    for (int32_t i = ROPELEN_LIMBS - 1; i >= 0; i--)
+        if (a.limb[i] != b.limb[i])
+            return a.limb[i] < b.limb[i] ? -1 : 1;
+    return 0;
+}
+
+inline bool RopeLen_iszero(RopeLen a)
+{
+    for (int32_t i = 0; i < ROPELEN_LIMBS; i++)
+        if (a.limb[i])
+            return false;
+    return true;
+}
 // *q = a / d and *r = a % d when d is not 0 and the quotient fits 64 bits;
 // false, with nothing written, otherwise. Costs about the bit length of q.
 bool RopeLen_divmod_by(RopeLen a, RopeLen d, uint64_t *q, RopeLen *r);
@@ -115,9 +162,13 @@ struct RopeTermsHash {
     uint32_t count;  // terms hashed
 };
 RopeTermsHash rope_terms_hash(Ord terms);
-// rope_frame where `front` is rope_terms_hash of the first front->count terms
-// of level (the caller's duty: a front of other terms gives a wrong letter).
-uint32_t rope_frame_after(Ord level, uint8_t hole, const RopeTermsHash *front);
+// r taken on over the terms of more: the hash of the terms hashed, then those.
+void rope_terms_hash_more(RopeTermsHash *r, Ord more);
+// rope_frame of the level front's terms then rest's (at least one), copied
+// only into a frame that is made. front_hash is rope_terms_hash(front), or
+// null to have it taken here (the caller's duty: the hash of other terms
+// gives a wrong letter).
+uint32_t rope_frame_parts(Ord front, const RopeTermsHash *front_hash, Ord rest, uint8_t hole);
 // The frame of an id, or null for 0 and for ids not (or no longer) held.
 // Valid as long as the frame's store keeps it.
 const RopeFrame *rope_frame_get(uint32_t id);

@@ -2,40 +2,6 @@
 // overflow said rather than wrapped.
 #include "OrdBuchholz/ord_rope.h"
 
-RopeLen RopeLen_small(uint64_t v)
-{
-    RopeLen r = {};
-    r.limb[0] = v;
-    return r;
-}
-
-bool RopeLen_add(RopeLen *r, RopeLen a, RopeLen b)
-{
-    uint64_t carry = 0;
-    for (int32_t i = 0; i < ROPELEN_LIMBS; i++) {
-        uint64_t s = a.limb[i] + carry;
-        carry = s < carry;
-        s += b.limb[i];
-        carry += s < b.limb[i];
-        r->limb[i] = s;
-    }
-    /* carry out of the top limb */
-    return carry == 0;
-}
-
-RopeLen RopeLen_sub(RopeLen a, RopeLen b)
-{
-    RopeLen r;
-    uint64_t borrow = 0;
-    for (int32_t i = 0; i < ROPELEN_LIMBS; i++) {
-        uint64_t d = a.limb[i] - borrow;
-        borrow = d > a.limb[i];
-        borrow += d < b.limb[i];
-        r.limb[i] = d - b.limb[i];
-    }
-    return r;
-}
-
 bool RopeLen_mulsmall(RopeLen *r, RopeLen a, uint64_t k)
 {
     uint64_t carry = 0;
@@ -45,22 +11,6 @@ bool RopeLen_mulsmall(RopeLen *r, RopeLen a, uint64_t k)
         carry = (uint64_t)(p >> 64);
     }
     return carry == 0;
-}
-
-int32_t RopeLen_cmp(RopeLen a, RopeLen b)
-{
-    for (int32_t i = ROPELEN_LIMBS - 1; i >= 0; i--)
-        if (a.limb[i] != b.limb[i])
-            return a.limb[i] < b.limb[i] ? -1 : 1;
-    return 0;
-}
-
-bool RopeLen_iszero(RopeLen a)
-{
-    for (int32_t i = 0; i < ROPELEN_LIMBS; i++)
-        if (a.limb[i])
-            return false;
-    return true;
 }
 
 uint64_t RopeLen_tou64(RopeLen a, bool *fits)
