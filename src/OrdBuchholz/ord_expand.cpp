@@ -235,6 +235,36 @@ static bool frame_is_source(uint32_t id, void *ctx)
     return f->hole == ROPE_ARG && Ord_cmp(Ord_lastterm(f->level)->sub, ((SourceSearch *)ctx)->a) < 0;
 }
 
+// The ropes of p, the predecessor of the last level z of a chain, made
+// lately, by z's frame: the members of a successor expansion all end in the
+// same chain, so that each of their expansions asks for the same p, often a
+// long array hashed and looked up whole. An entry holds while the store of
+// its rope and of z's frame has not been emptied since, as in the join memo.
+struct PredMemo {
+    uint32_t frame;
+    RopeNode *rope;
+    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    bool temporary;    // the frame or the rope is a temporary one
+};
+constexpr uint32_t PRED_MEMO_SLOTS = 1u << 8;
+static PredMemo pred_memo[PRED_MEMO_SLOTS];
+
+// p as a rope (null for 0), for a chain whose last frame is `frame`, of level
+// z; a pred made for it goes to keep.
+static RopeNode *pred_rope(uint32_t frame, Ord z, DynArray *keep)
+{
+    PredMemo *e = &pred_memo[(frame * 0x9E3779B1u) >> 24];
+    if (e->frame == frame && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
+        (ord_arena || !e->temporary))
+        return e->rope;
+    Ord pred = Ord_pred(z);
+    DynArray_append(keep, &pred);
+    RopeNode *rope = Ord_rope(pred);
+    bool temporary = (frame & ROPE_TEMPORARY_FRAME) || (rope && rope->temporary);
+    *e = PredMemo{frame, rope, temporary ? rope_rewinds : rope_clears, temporary};
+    return rope;
+}
+
 // The first n members of x's fundamental sequence, built on x's rope.
 static OrdExpansion expand_rope(Ord x, int32_t n)
 {
@@ -252,9 +282,8 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     DynArray_append(&r.keep, &front);
     // p once per value, not per expansion: as a rope it is the same array
     // wherever it comes from, so frames holding it are the same frames
-    Ord pred = Ord_pred(z);
-    DynArray_append(&r.keep, &pred);
-    Ord p = pred.count ? Ord_fromrope(Ord_rope(pred)) : Ord_zero();
+    RopeNode *p_rope = pred_rope(rope_last_frame(R), z, &r.keep);
+    Ord p = p_rope ? Ord_fromrope(p_rope) : Ord_zero();
     // the members at the bottom level, its front terms in place: member i of
     // the one copy of the last term expanded, after the rest of the level
     RopeNode **heads = (RopeNode **)malloc((size_t)n * sizeof(RopeNode *));
@@ -267,8 +296,15 @@ static OrdExpansion expand_rope(Ord x, int32_t n)
     if (front.count)
         rope_terms_hash_more(&front_hash, Ord{1, front.terms + front.count - 1});
     if (bottom->hole == ROPE_ARG) {
-        // successor argument: 0, psi_a(p), psi_a(p).2, ...
+        // successor argument: 0, psi_a(p), psi_a(p).2, ...; each the frame
+        // of the front and psi_a(_).i, then p's rope, made once
         for (int32_t i = 1; i < n; i++) {
+            if (p_rope) {
+                OrdTerm t = {(uint32_t)i, bt->sub, Ord_zero()};
+                uint32_t id = rope_frame_parts(front, &front_hash, Ord{1, &t}, ROPE_ARG);
+                heads[i] = rope_concat(rope_leaf(id), p_rope);
+                continue;
+            }
             Ord t = Ord_term((uint32_t)i, bt->sub, p);
             heads[i] = rope_prepend_terms(front, &front_hash, Ord_rope(t));
             Ord_freearray(t);
