@@ -265,9 +265,13 @@ bool is_omega_tower(Ord x)
     // walk down the tower iteratively: its height is the nesting depth
     while (x.count) {
         if (Ord_islazy(x)) {
-            // the rest held compressed: every frame must be a level of it
+            // the rest held compressed: every frame must be a level of it;
+            // the first and the last, read without a search, settle most
+            RopeNode *r = Ord_lazyrope(x);
+            if (frame_leaves_tower(rope_first_frame(r), nullptr) || frame_leaves_tower(rope_last_frame(r), nullptr))
+                return false;
             bool found;
-            rope_find_last(Ord_lazyrope(x), frame_leaves_tower, nullptr, &found);
+            rope_find_last(r, frame_leaves_tower, nullptr, &found);
             return !found;
         }
         if (x.count != 1 || x.terms[0].coef != 1 || x.terms[0].sub.count != 0)

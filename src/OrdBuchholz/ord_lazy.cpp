@@ -104,8 +104,10 @@ struct LazyPlace {
 };
 
 // Places by rope and index: a table for each store, emptied with its store.
+// A slot holds the place's pointer in its low 48 bits and 16 bits of its
+// hash above them, so that a probe passes other places without reading them.
 struct PlaceTable {
-    LazyPlace **slots;
+    uint64_t *slots;
     uint32_t capacity, count;
     Bump mem;  // the places themselves
 };
@@ -131,15 +133,39 @@ static void places_empty(PlaceTable *t, bool counted)
     t->capacity = t->count = 0;
 }
 
+constexpr uint64_t PLACE_POINTER = ((uint64_t)1 << 48) - 1;
+
+static LazyPlace *place_entry(uint64_t slot)
+{
+    return (LazyPlace *)(uintptr_t)(slot & PLACE_POINTER);
+}
+
+static uint64_t place_hash(const RopeNode *r, RopeLen at)
+{
+    return ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+}
+
+// The slot of the place (r, at), or the empty slot it would take.
 static uint32_t place_slot(const PlaceTable *t, RopeNode *r, RopeLen at)
 {
-    uint64_t h = ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+    uint64_t h = place_hash(r, at);
+    uint64_t tag = (h & 0xFFFF) << 48;
     uint32_t mask = t->capacity - 1;
     for (uint32_t i = (uint32_t)(h >> 32) & mask;; i = (i + 1) & mask) {
-        const LazyPlace *e = t->slots[i];
-        if (!e || (e->rope == r && RopeLen_cmp(e->at, at) == 0))
+        uint64_t slot = t->slots[i];
+        if (!slot)
+            return i;
+        const LazyPlace *e = place_entry(slot);
+        if ((slot & ~PLACE_POINTER) == tag && e->rope == r && RopeLen_cmp(e->at, at) == 0)
             return i;
     }
+}
+
+static uint64_t place_slot_value(const LazyPlace *p)
+{
+    if ((uintptr_t)p & ~PLACE_POINTER)
+        REPORT(REPORT_FATAL, "A place lies above the addresses a table slot holds", 0);
+    return (uint64_t)(uintptr_t)p | (place_hash(p->rope, p->at) & 0xFFFF) << 48;
 }
 
 // The place of frame `at` of r in ts, made with no rest if it is new.
@@ -155,24 +181,26 @@ static LazyPlace *place_record(PlaceTables *ts, RopeNode *r, RopeLen at)
     if ((t->count + 1) * 4 > t->capacity * 3) {
         PlaceTable old = *t;
         t->capacity = old.capacity ? old.capacity * 2 : 1024;
-        t->slots = (LazyPlace **)calloc(t->capacity, sizeof(LazyPlace *));
+        t->slots = (uint64_t *)calloc(t->capacity, sizeof(uint64_t));
         if (!t->slots)
             REPORT(REPORT_FATAL, "Out of memory for places in compressed ordinals", 0);
-        for (uint32_t i = 0; i < old.capacity; i++)
-            if (old.slots[i])
-                t->slots[place_slot(t, old.slots[i]->rope, old.slots[i]->at)] = old.slots[i];
+        for (uint32_t i = 0; i < old.capacity; i++) {
+            const LazyPlace *e = place_entry(old.slots[i]);
+            if (e)
+                t->slots[place_slot(t, e->rope, e->at)] = old.slots[i];
+        }
         free(old.slots);
     }
     uint32_t i = place_slot(t, r, at);
     if (!t->slots[i]) {
         LazyPlace *p = (LazyPlace *)bump_alloc(&t->mem, sizeof(LazyPlace));
         *p = LazyPlace{r, at, nullptr};
-        t->slots[i] = p;
+        t->slots[i] = place_slot_value(p);
         t->count++;
         if (ts->counted)
             ord_lazy_bytes += sizeof(LazyPlace);
     }
-    return t->slots[i];
+    return place_entry(t->slots[i]);
 }
 
 // The place of frame `at` of r, at least 1 and below r's length minus 1.
