@@ -491,8 +491,10 @@ void expansion_cache_frame()
             entry_evict(i);
     }
     cache_shrink(cache_frame, expansion_cache_budget);
-    // what was forced last frame is made again as it is read
-    ord_lazy_trim();
+    // what was forced is kept for the frames after, which read mostly the
+    // same values, up to a budget of its own
+    if (ord_lazy_bytes > LAZY_KEEP_BYTES)
+        ord_lazy_trim();
     // past its budget the rope store keeps only what the entries use; when
     // that is still over three quarters of it, collecting again would soon
     // cost more than starting afresh: the store is dropped whole and

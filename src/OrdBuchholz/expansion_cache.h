@@ -58,6 +58,9 @@ extern uint64_t expansion_cache_bytes;
 // than this would be collected every few hundred frames and, soon after,
 // dropped and built again whole.
 constexpr uint64_t ROPE_STORE_BUDGET = 128ull << 20;
+// Bytes of forced arrays and places kept from one frame to the next (past
+// them all go at the next frame).
+constexpr uint64_t LAZY_KEEP_BYTES = 16ull << 20;
 
 // The top of the line, psi_0(I), built on the heap on first use and never
 // freed; its expansions can be kept because it is always the same value.

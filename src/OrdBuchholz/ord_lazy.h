@@ -59,9 +59,9 @@ RopeNode *rope_wrap(RopeNode *above, RopeNode *y);
 
 // Bytes of forced arrays and places kept.
 extern uint64_t ord_lazy_bytes;
-// Drops every forced array and place, which only a walk in progress or a
-// text being written uses: the ropes stay. Called between frames, and
-// between texts where many are written.
+// Drops every forced array and place, which only walks and texts being
+// written use: the ropes stay. Called between frames once they pass their
+// budget, and between texts where many are written.
 void ord_lazy_trim();
 // Drops what the temporary part of the rope store holds, and the arrays forced
 // from it: the frame loop calls it when it rewinds the arena.
