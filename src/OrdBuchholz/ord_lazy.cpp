@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "OrdBuchholz/ord_identity.h"
+#include "OrdBuchholz/rope_table.h"
 #include "support/dynarray/dynarray.h"
 #include "support/report/report.h"
 
@@ -104,12 +105,9 @@ struct LazyPlace {
 };
 
 // Places by rope and index: a table for each store, emptied with its store.
-// A slot holds the place's pointer in its low 48 bits and 16 bits of its
-// hash above them, so that a probe passes other places without reading them.
 struct PlaceTable {
-    uint64_t *slots;
-    uint32_t capacity, count;
-    Bump mem;  // the places themselves
+    RopeTable table;  // of LazyPlace*
+    Bump mem;         // the places themselves
 };
 struct PlaceTables {
     PlaceTable kept, temporary;
@@ -120,52 +118,35 @@ struct PlaceTables {
 // whose rests rope_rest has cut, which comparisons and printing ask for again
 // and again (a cut costs the height of the rope in joins), kept as long as
 // their store.
-static PlaceTables places = {{nullptr, 0, 0, {nullptr}}, {nullptr, 0, 0, {nullptr}}, 0, 0, true};
-static PlaceTables rests = {{nullptr, 0, 0, {nullptr}}, {nullptr, 0, 0, {nullptr}}, 0, 0, false};
+static PlaceTables places = {{{nullptr, 0, 0}, {nullptr}}, {{nullptr, 0, 0}, {nullptr}}, 0, 0, true};
+static PlaceTables rests = {{{nullptr, 0, 0}, {nullptr}}, {{nullptr, 0, 0}, {nullptr}}, 0, 0, false};
 
 static void places_empty(PlaceTable *t, bool counted)
 {
     if (counted)
-        ord_lazy_bytes -= (uint64_t)t->count * sizeof(LazyPlace);
+        ord_lazy_bytes -= (uint64_t)t->table.count * sizeof(LazyPlace);
     bump_reset(&t->mem);
-    free(t->slots);
-    t->slots = nullptr;
-    t->capacity = t->count = 0;
+    RopeTable_free(&t->table);
 }
 
-constexpr uint64_t PLACE_POINTER = ((uint64_t)1 << 48) - 1;
-
-static LazyPlace *place_entry(uint64_t slot)
-{
-    return (LazyPlace *)(uintptr_t)(slot & PLACE_POINTER);
-}
-
+// The table picks the slot by the low bits: the product's high bits are
+// folded down, as the low bits of rope addresses are all alike.
 static uint64_t place_hash(const RopeNode *r, RopeLen at)
 {
-    return ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+    uint64_t h = ((uint64_t)(uintptr_t)r ^ (at.limb[0] * 0x9E3779B97F4A7C15ull)) * 0xBF58476D1CE4E5B9ull;
+    return h ^ (h >> 32);
 }
 
-// The slot of the place (r, at), or the empty slot it would take.
-static uint32_t place_slot(const PlaceTable *t, RopeNode *r, RopeLen at)
+static uint64_t place_hash_of(const void *entry)
 {
-    uint64_t h = place_hash(r, at);
-    uint64_t tag = (h & 0xFFFF) << 48;
-    uint32_t mask = t->capacity - 1;
-    for (uint32_t i = (uint32_t)(h >> 32) & mask;; i = (i + 1) & mask) {
-        uint64_t slot = t->slots[i];
-        if (!slot)
-            return i;
-        const LazyPlace *e = place_entry(slot);
-        if ((slot & ~PLACE_POINTER) == tag && e->rope == r && RopeLen_cmp(e->at, at) == 0)
-            return i;
-    }
+    const LazyPlace *p = (const LazyPlace *)entry;
+    return place_hash(p->rope, p->at);
 }
 
-static uint64_t place_slot_value(const LazyPlace *p)
+static bool place_same(const void *entry, const void *key)
 {
-    if ((uintptr_t)p & ~PLACE_POINTER)
-        REPORT(REPORT_FATAL, "A place lies above the addresses a table slot holds", 0);
-    return (uint64_t)(uintptr_t)p | (place_hash(p->rope, p->at) & 0xFFFF) << 48;
+    const LazyPlace *x = (const LazyPlace *)entry, *y = (const LazyPlace *)key;
+    return x->rope == y->rope && RopeLen_cmp(x->at, y->at) == 0;
 }
 
 // The place of frame `at` of r in ts, made with no rest if it is new.
@@ -178,29 +159,18 @@ static LazyPlace *place_record(PlaceTables *ts, RopeNode *r, RopeLen at)
     ts->clears = rope_clears;
     ts->rewinds = rope_rewinds;
     PlaceTable *t = r->temporary ? &ts->temporary : &ts->kept;
-    if ((t->count + 1) * 4 > t->capacity * 3) {
-        PlaceTable old = *t;
-        t->capacity = old.capacity ? old.capacity * 2 : 1024;
-        t->slots = (uint64_t *)calloc(t->capacity, sizeof(uint64_t));
-        if (!t->slots)
-            REPORT(REPORT_FATAL, "Out of memory for places in compressed ordinals", 0);
-        for (uint32_t i = 0; i < old.capacity; i++) {
-            const LazyPlace *e = place_entry(old.slots[i]);
-            if (e)
-                t->slots[place_slot(t, e->rope, e->at)] = old.slots[i];
-        }
-        free(old.slots);
-    }
-    uint32_t i = place_slot(t, r, at);
-    if (!t->slots[i]) {
-        LazyPlace *p = (LazyPlace *)bump_alloc(&t->mem, sizeof(LazyPlace));
-        *p = LazyPlace{r, at, nullptr};
-        t->slots[i] = place_slot_value(p);
-        t->count++;
-        if (ts->counted)
-            ord_lazy_bytes += sizeof(LazyPlace);
-    }
-    return place_entry(t->slots[i]);
+    LazyPlace key = {r, at, nullptr};
+    uint64_t h = place_hash(r, at);
+    LazyPlace *p = (LazyPlace *)RopeTable_find(&t->table, h, place_same, &key);
+    if (p)
+        return p;
+    p = (LazyPlace *)bump_alloc(&t->mem, sizeof(LazyPlace));
+    *p = key;
+    uint64_t slot_bytes = 0;  // the places are counted, not their slots
+    RopeTable_add(&t->table, p, h, place_hash_of, &slot_bytes);
+    if (ts->counted)
+        ord_lazy_bytes += sizeof(LazyPlace);
+    return p;
 }
 
 // The place of frame `at` of r, at least 1 and below r's length minus 1.

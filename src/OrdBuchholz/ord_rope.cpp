@@ -1,6 +1,7 @@
 // Ropes of frames: interning in two stores, balanced joins, cuts, hashed
 // comparison and the search from the end.
 #include "OrdBuchholz/ord_rope.h"
+#include "OrdBuchholz/rope_table.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -20,8 +21,6 @@ constexpr uint64_t HASH_BASE[2] = {0x1a13c1924d52bc61ull, 0x1e742d0e2456de76ull}
 constexpr uint64_t LETTER_SEED[2] = {0x243f6a8885a308d3ull, 0x13198a2e03707344ull};
 // Nodes per block of a store: blocks are never moved, so nodes stay put.
 constexpr uint32_t NODES_PER_BLOCK = 512;
-// Slots of a table when it is first used.
-constexpr uint32_t TABLE_FIRST_CAPACITY = 64;
 
 // ---- types ----
 
@@ -32,17 +31,6 @@ struct RopeFrameRec {
     uint64_t letter[2];  // the frame's value in each hash, 1 .. p - 1
     uint32_t id;
     uint8_t in_use;      // marked by the collection in progress
-};
-
-// An open-addressing table of pointers with linear probing; grows at three
-// quarters full and never removes (stores are emptied whole). A slot holds
-// the entry's pointer in its low 48 bits and 16 bits of the entry's hash
-// above them, so that a probe passes other entries without reading them:
-// the tables run to millions of slots, and every read of an entry is a miss.
-struct RopeTable {
-    uint64_t *slots;    // capacity slots, a power of two; 0 is empty
-    uint32_t capacity;  // 0 before first use
-    uint32_t count;
 };
 
 struct RopeStore {
@@ -163,78 +151,9 @@ static void *checked_malloc(size_t bytes, const char *what)
     return p;
 }
 
-constexpr uint64_t SLOT_POINTER = ((uint64_t)1 << 48) - 1;
-
-static uint64_t slot_tag(uint64_t hash)
-{
-    return (uint64_t)((uint32_t)hash >> 16) << 48;
-}
-
-static void *slot_entry(uint64_t slot)
-{
-    return (void *)(uintptr_t)(slot & SLOT_POINTER);
-}
-
-// The slot where an entry equal to key sits, or the empty slot it would take.
-static uint32_t table_probe(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
-                            const void *key)
-{
-    uint32_t mask = t->capacity - 1;
-    uint64_t tag = slot_tag(hash);
-    for (uint32_t i = (uint32_t)hash & mask;; i = (i + 1) & mask) {
-        uint64_t slot = t->slots[i];
-        if (!slot || ((slot & ~SLOT_POINTER) == tag && same(slot_entry(slot), key)))
-            return i;
-    }
-}
-
-static void *table_find(const RopeTable *t, uint64_t hash, bool (*same)(const void *, const void *),
-                        const void *key)
-{
-    return t->capacity ? slot_entry(t->slots[table_probe(t, hash, same, key)]) : nullptr;
-}
-
 static bool same_pointer(const void *entry, const void *key)
 {
     return entry == key;
-}
-
-// The first empty slot from the home of hash on.
-static uint32_t table_empty_slot(const RopeTable *t, uint64_t hash)
-{
-    uint32_t mask = t->capacity - 1;
-    uint32_t i = (uint32_t)hash & mask;
-    while (t->slots[i])
-        i = (i + 1) & mask;
-    return i;
-}
-
-// Adds an entry known to be absent, growing first when three quarters full.
-static void table_add(RopeTable *t, void *entry, uint64_t hash, uint64_t (*hash_of)(const void *),
-                      uint64_t *bytes)
-{
-    if ((uintptr_t)entry & ~SLOT_POINTER)
-        REPORT(REPORT_FATAL, "A rope entry lies above the addresses a table slot holds", 0);
-    if ((t->count + 1) * 4 > t->capacity * 3) {
-        RopeTable old = *t;
-        t->capacity = old.capacity ? old.capacity * 2 : TABLE_FIRST_CAPACITY;
-        t->slots = (uint64_t *)calloc(t->capacity, sizeof(uint64_t));
-        if (!t->slots)
-            REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
-        for (uint32_t i = 0; i < old.capacity; i++)
-            if (old.slots[i])
-                t->slots[table_empty_slot(t, hash_of(slot_entry(old.slots[i])))] = old.slots[i];
-        free(old.slots);
-        *bytes += (uint64_t)(t->capacity - old.capacity) * sizeof(uint64_t);
-    }
-    t->slots[table_empty_slot(t, hash)] = (uint64_t)(uintptr_t)entry | slot_tag(hash);
-    t->count++;
-}
-
-static void table_free(RopeTable *t)
-{
-    free(t->slots);
-    *t = RopeTable{nullptr, 0, 0};
 }
 
 // ---- stores ----
@@ -278,8 +197,8 @@ static void store_empty(RopeStore *s)
     DynArray_free(&s->blocks);
     DynArray_free(&s->free_ids);
     s->free_nodes = nullptr;
-    table_free(&s->frames_by_content);
-    table_free(&s->nodes_by_key);
+    RopeTable_free(&s->frames_by_content);
+    RopeTable_free(&s->nodes_by_key);
     s->bytes = 0;
     s->ready = false;
 }
@@ -452,7 +371,7 @@ uint32_t rope_frame_parts(Ord front, const RopeTermsHash *front_hash, Ord rest, 
     RopeStore *stores[2] = {&rope_heap, &rope_temp};
     for (int32_t i = 0; i < (ord_arena ? 2 : 1); i++) {
         RopeFrameRec *found = stores[i]->ready
-            ? (RopeFrameRec *)table_find(&stores[i]->frames_by_content, key.letter[0], frame_same, &key)
+            ? (RopeFrameRec *)RopeTable_find(&stores[i]->frames_by_content, key.letter[0], frame_same, &key)
             : nullptr;
         if (found)
             return found->id;
@@ -475,7 +394,7 @@ uint32_t rope_frame_parts(Ord front, const RopeTermsHash *front_hash, Ord rest, 
         DynArray_append(&s->frames, &rec);
         s->bytes += bytes + sizeof(RopeFrameRec *);
     }
-    table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
+    RopeTable_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
     return rec->id;
 }
 
@@ -533,7 +452,7 @@ static RopeNode *node_intern(RopeNode *key)
     // a node with temporary parts can only be a temporary one
     for (int32_t i = temporary_parts ? 1 : 0; i < (ord_arena ? 2 : 1); i++) {
         RopeNode *found = stores[i]->ready
-            ? (RopeNode *)table_find(&stores[i]->nodes_by_key, key->key_hash, node_same, key)
+            ? (RopeNode *)RopeTable_find(&stores[i]->nodes_by_key, key->key_hash, node_same, key)
             : nullptr;
         if (found)
             return found;
@@ -574,7 +493,7 @@ static RopeNode *node_intern(RopeNode *key)
             n->hash[m] = mod_mul(n->a->hash[m], sum);
         }
     }
-    table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
+    RopeTable_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
     return n;
 }
 
@@ -1185,12 +1104,12 @@ static RopeLen find_last(const RopeNode *n, bool (*may_hold)(const RopeNode *n, 
         RopeVisit v = *DynArray_at<RopeVisit>(&stack, --stack.count);
         void *key_node = (void *)v.node;
         if (v.children_done) {
-            table_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
+            RopeTable_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
             if (key)
                 memo_keep(*key, v.node, SEARCH_NONE, RopeLen_small(0));
             continue;
         }
-        if (table_find(&failed, pointer_hash_of(key_node), same_pointer, key_node))
+        if (RopeTable_find(&failed, pointer_hash_of(key_node), same_pointer, key_node))
             continue;
         if (may_hold && !may_hold(v.node, ctx))
             continue;
@@ -1203,7 +1122,7 @@ static RopeLen find_last(const RopeNode *n, bool (*may_hold)(const RopeNode *n, 
             break;
         }
         if (v.node->kind == ROPE_LEAF) {
-            table_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
+            RopeTable_add(&failed, key_node, pointer_hash_of(key_node), pointer_hash_of, &table_bytes);
         } else if (v.node->kind == ROPE_CONCAT) {
             // pushed left first, so the right part is searched first
             visit_push(&stack, v.node, v.offset, true);
@@ -1222,7 +1141,7 @@ static RopeLen find_last(const RopeNode *n, bool (*may_hold)(const RopeNode *n, 
             memo_keep(*key, v->node, SEARCH_AT, RopeLen_sub(result, v->offset));
     }
     DynArray_free(&stack);
-    table_free(&failed);
+    RopeTable_free(&failed);
     return result;
 }
 
@@ -1262,23 +1181,6 @@ static int span_order(const void *a, const void *b)
 {
     const OrdTerm *x = ((const LevelSpan *)a)->start, *y = ((const LevelSpan *)b)->start;
     return x < y ? -1 : x > y;
-}
-
-// Empties a table and gives it room for `expected` entries at half load, so
-// that adding them back never grows it.
-static void table_reset(RopeTable *t, uint32_t expected, uint64_t *bytes)
-{
-    *bytes -= (uint64_t)t->capacity * sizeof(uint64_t);
-    free(t->slots);
-    uint32_t capacity = TABLE_FIRST_CAPACITY;
-    while (capacity < 2 * expected)
-        capacity *= 2;
-    t->slots = (uint64_t *)calloc(capacity, sizeof(uint64_t));
-    if (!t->slots)
-        REPORT(REPORT_FATAL, "Out of memory for a rope table", 0);
-    t->capacity = capacity;
-    t->count = 0;
-    *bytes += (uint64_t)capacity * sizeof(uint64_t);
 }
 
 void rope_collect_start()
@@ -1367,16 +1269,16 @@ void rope_collect_finish()
         *slot = nullptr;
         DynArray_append(&s->free_ids, &i);
     }
-    table_reset(&s->frames_by_content, kept, &s->bytes);
+    RopeTable_reset(&s->frames_by_content, kept, &s->bytes);
     for (uint32_t i = 1; i < s->frames.count; i++) {
         RopeFrameRec *rec = *DynArray_at<RopeFrameRec *>(&s->frames, i);
         if (rec) {
             rec->in_use = 0;
-            table_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
+            RopeTable_add(&s->frames_by_content, rec, rec->letter[0], frame_hash_of, &s->bytes);
         }
     }
 
-    table_reset(&s->nodes_by_key, collect_nodes, &s->bytes);
+    RopeTable_reset(&s->nodes_by_key, collect_nodes, &s->bytes);
     for (uint32_t b = 0; b < s->blocks.count; b++) {
         RopeNode *block = *DynArray_at<RopeNode *>(&s->blocks, b);
         uint32_t used = b + 1 == s->blocks.count ? s->block_used : NODES_PER_BLOCK;
@@ -1386,7 +1288,7 @@ void rope_collect_finish()
                 continue;  // free already
             if (n->in_use) {
                 n->in_use = 0;
-                table_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
+                RopeTable_add(&s->nodes_by_key, n, n->key_hash, node_hash_of, &s->bytes);
                 continue;
             }
             n->kind = 0;
