@@ -243,7 +243,7 @@ static bool frame_is_source(uint32_t id, void *ctx)
 struct PredMemo {
     uint32_t frame;
     RopeNode *rope;
-    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    uint64_t emptied;  // rope_memo_stamp when it was made
     bool temporary;    // the frame or the rope is a temporary one
 };
 constexpr uint32_t PRED_MEMO_SLOTS = 1u << 8;
@@ -254,14 +254,13 @@ static PredMemo pred_memo[PRED_MEMO_SLOTS];
 static RopeNode *pred_rope(uint32_t frame, Ord z, DynArray *keep)
 {
     PredMemo *e = &pred_memo[(frame * 0x9E3779B1u) >> 24];
-    if (e->frame == frame && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
-        (ord_arena || !e->temporary))
+    if (e->frame == frame && rope_memo_holds(e->emptied, e->temporary))
         return e->rope;
     Ord pred = Ord_pred(z);
     DynArray_append(keep, &pred);
     RopeNode *rope = Ord_rope(pred);
     bool temporary = (frame & ROPE_TEMPORARY_FRAME) || (rope && rope->temporary);
-    *e = PredMemo{frame, rope, temporary ? rope_rewinds : rope_clears, temporary};
+    *e = PredMemo{frame, rope, rope_memo_stamp(temporary), temporary};
     return rope;
 }
 

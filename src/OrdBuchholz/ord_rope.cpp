@@ -591,7 +591,7 @@ static RopeNode *join_balanced(RopeNode *a, RopeNode *b);
 // of its youngest node has not been emptied since.
 struct JoinMemo {
     RopeNode *a, *b, *joined;
-    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    uint64_t emptied;  // rope_memo_stamp when it was made
     bool temporary;    // one of the three nodes is a temporary one
 };
 constexpr uint32_t JOIN_MEMO_SLOTS = 1u << 14;
@@ -605,12 +605,11 @@ static RopeNode *join(RopeNode *a, RopeNode *b)
     if (!b)
         return a;
     JoinMemo *e = &join_memo[mix((uint64_t)(uintptr_t)a, (uint64_t)(uintptr_t)b) & (JOIN_MEMO_SLOTS - 1)];
-    if (e->a == a && e->b == b && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
-        (ord_arena || !e->temporary))
+    if (e->a == a && e->b == b && rope_memo_holds(e->emptied, e->temporary))
         return e->joined;
     RopeNode *joined = join_balanced(a, b);
     bool temporary = a->temporary || b->temporary || joined->temporary;
-    *e = JoinMemo{a, b, joined, temporary ? rope_rewinds : rope_clears, temporary};
+    *e = JoinMemo{a, b, joined, rope_memo_stamp(temporary), temporary};
     return joined;
 }
 
@@ -716,7 +715,7 @@ static void piece_push(RopeNode *n)
 struct TakeMemo {
     RopeNode *n, *taken;
     RopeLen len;
-    uint64_t emptied;  // rope_rewinds or rope_clears when it was made
+    uint64_t emptied;  // rope_memo_stamp when it was made
     bool temporary;    // n or the take is a temporary node
 };
 constexpr uint32_t TAKE_MEMO_SLOTS = 1u << 12;
@@ -732,12 +731,11 @@ RopeNode *rope_take(RopeNode *n, RopeLen len)
     if (RopeLen_cmp(len, n->len) >= 0)
         return n;
     TakeMemo *e = &take_memo[mix((uint64_t)(uintptr_t)n, len.limb[0]) & (TAKE_MEMO_SLOTS - 1)];
-    if (e->n == n && RopeLen_cmp(e->len, len) == 0 && e->emptied == (e->temporary ? rope_rewinds : rope_clears) &&
-        (ord_arena || !e->temporary))
+    if (e->n == n && RopeLen_cmp(e->len, len) == 0 && rope_memo_holds(e->emptied, e->temporary))
         return e->taken;
     RopeNode *taken = take_cut(n, len);
     bool temporary = n->temporary || (taken && taken->temporary);
-    *e = TakeMemo{n, taken, len, temporary ? rope_rewinds : rope_clears, temporary};
+    *e = TakeMemo{n, taken, len, rope_memo_stamp(temporary), temporary};
     return taken;
 }
 

@@ -275,6 +275,17 @@ RopeLen rope_find_last_kept(const RopeNode *n, bool (*may_hold)(const RopeNode *
 // is kept by node elsewhere can tell that it is stale.
 extern uint64_t rope_rewinds;
 extern uint64_t rope_clears;
+// The stamp of a memo entry made now whose nodes are temporary or not: it
+// holds while that store has not been emptied since, and a temporary one
+// only while the arena is on (in heap mode no temporary node may be used).
+inline uint64_t rope_memo_stamp(bool temporary)
+{
+    return temporary ? rope_rewinds : rope_clears;
+}
+inline bool rope_memo_holds(uint64_t stamp, bool temporary)
+{
+    return stamp == rope_memo_stamp(temporary) && (ord_arena || !temporary);
+}
 // Empties the temporary store: its frames and nodes are gone.
 void rope_store_rewind();
 // Empties both stores; the caller guarantees that nothing refers to them.
